@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/Log.h"
+#include "platform/RunningApplications.h"
+#include "platform/linux/DescriptorWatcher.h"
+#include "platform/linux/HeldProcess.h"
+#include "platform/linux/SessionBus.h"
+#include "platform/linux/XWindows.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace letterloft {
+
+// One instance of an application, asked to quit in one way that is chosen once: the quit action on the session bus,
+// else its windows, else SIGTERM. What has to follow is done whenever isTerminated() is asked. Never SIGKILL.
+class LinuxRunningApplication final : public RunningApplication {
+public:
+    // What whoever found the instance knows of it.
+    struct Instance {
+        std::string applicationPath; // for the log
+        std::string applicationId;   // the desktop file id, without ".desktop"; empty if it has none
+
+        // The program itself, the only one that is asked; and the processes of the same application it started.
+        HeldProcess program;
+        std::vector<HeldProcess> others;
+
+        // The processes of this instance that are not among those held so far, which may all have ended by now.
+        std::function<std::vector<HeldProcess>(const std::vector<ProcessIdentity>& heldSoFar)> newcomers;
+    };
+
+    LinuxRunningApplication(Instance instance, SessionBus& bus, DescriptorWatcher& watcher, Log& log);
+    ~LinuxRunningApplication() override;
+
+    void terminate() override;
+    bool isTerminated() override;
+
+private:
+    struct Request;
+
+    void watchEnd(const HeldProcess& process);
+    void takeInNewcomers();
+    bool haveAllEnded() const;
+
+    Instance instance_;
+    SessionBus& bus_;
+    DescriptorWatcher& watcher_;
+    Log& log_;
+    std::vector<ProcessIdentity> heldSoFar_;
+    std::vector<std::unique_ptr<DescriptorWatcher::Watch>> watches_;
+    std::unique_ptr<Request> request_;
+};
+
+} // namespace letterloft
