@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/TableColumn.h"
+
+#include <cassert>
+#include <string>
+#include <utility>
+
+namespace letterloft {
+
+// Every byte is as wide as the next.
+struct FakeFont final : Font {
+    explicit FakeFont(double width) : widthOfAByte{width} {}
+    double widthInPoints(const std::string& text) const override {
+        return widthOfAByte * static_cast<double>(text.size());
+    }
+
+    double widthOfAByte;
+};
+
+class FakeTableColumn final : public TableColumn {
+public:
+    FakeTableColumn(std::string identifier, double width, double widthOfAByte)
+        : identifier_{std::move(identifier)}, width_{width}, font_{widthOfAByte} {}
+
+    std::string identifier() const override { return identifier_; }
+    double width() const override { return width_; }
+    void setWidth(double widthInPoints) override {
+        assert(widthInPoints > 0);
+        width_ = widthInPoints;
+        ++timesSet;
+    }
+    const Font& dataCellFont() const override { return font_; }
+
+    int timesSet = 0;
+
+private:
+    std::string identifier_;
+    double width_;
+    FakeFont font_;
+};
+
+} // namespace letterloft

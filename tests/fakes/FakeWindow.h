@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/NotificationCenter.h"
+#include "platform/Window.h"
+
+#include <cassert>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace letterloft {
+
+// What is attached to a window and waits for an answer: an alert or a chooser.
+struct FakeSheet {
+    struct Button {
+        std::string title;
+        int code;
+    };
+
+    std::string messageText;
+    std::string informativeText;
+    std::vector<Button> buttons;
+    int escapeCode = 0; // what Escape and the sheet's own close answer
+    std::function<void(int)> completion;
+};
+
+// A window without a screen, with at most one sheet.
+class FakeWindow final : public Window {
+public:
+    explicit FakeWindow(NotificationCenter& notifications) : notifications_{notifications} {}
+
+    void makeKeyAndOrderFront() override {
+        isVisible = true;
+        ++timesOrderedFront;
+    }
+
+    void close() override {
+        if (isVisible) notifications_.post(NotificationCenter::windowWillClose, this);
+        isVisible = false;
+        endSheet();
+        for (const auto& drop : dropsEdit)
+            drop();
+    }
+
+    void endSheet() override { sheet.reset(); }
+
+    // False, with the sheet dropped, if one is there already.
+    bool attach(FakeSheet newSheet) {
+        if (sheet) return false;
+        sheet = std::make_shared<FakeSheet>(std::move(newSheet));
+        return true;
+    }
+
+    // Ends the sheet as the user does: by a button's title, or by Escape. The sheet is gone before its completion runs.
+    void press(const std::string& title) {
+        assert(sheet);
+        for (const FakeSheet::Button& button : sheet->buttons) {
+            if (button.title == title) return answer(button.code);
+        }
+        assert(!"the sheet has no such button");
+    }
+
+    void pressEscape() {
+        assert(sheet);
+        answer(sheet->escapeCode);
+    }
+
+    void answer(int code) {
+        const std::shared_ptr<FakeSheet> ended = std::exchange(sheet, nullptr);
+        if (ended->completion) ended->completion(code);
+    }
+
+    bool isVisible = false;
+    int timesOrderedFront = 0;
+    std::shared_ptr<FakeSheet> sheet;
+    std::vector<std::function<void()>> dropsEdit; // what ends an open edit when the window closes
+
+private:
+    NotificationCenter& notifications_;
+};
+
+} // namespace letterloft
