@@ -112,7 +112,7 @@ void LLMenuLet::insertItemForAccount(const std::string& name) {
 void LLMenuLet::manageAccounts(Sender*) {
     if (accountController) {
         services.application.activateIgnoringOtherApps();
-        accountController->window().makeKeyAndOrderFront();
+        if (Window* window = accountController->window()) window->makeKeyAndOrderFront();
         return;
     }
     accountController = services.makeAccountController();

@@ -21,8 +21,8 @@ public:
     struct CriticalAlert {
         std::string messageText;
         std::string defaultButton;
-        std::optional<std::string> alternateButton;
-        std::optional<std::string> otherButton;
+        std::optional<std::string> alternateButton = {};
+        std::optional<std::string> otherButton = {};
         std::string informativeText;
     };
 

@@ -14,8 +14,8 @@ struct Cell {
     enum class ImagePosition { noImage, imageOnly };
 
     Kind kind = Kind::text;
-    std::string title;
-    std::string stringValue;
+    std::string title = {};
+    std::string stringValue = {};
     ImagePosition imagePosition = ImagePosition::noImage; // imageOnly: the box alone, without a label
     bool editable = false;
 };

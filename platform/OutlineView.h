@@ -50,7 +50,7 @@ class OutlineView {
 public:
     virtual ~OutlineView() = default;
 
-    // Both outlive the view's last question.
+    // The data source fills the view. Both outlive the view's last question.
     virtual void setDataSource(OutlineViewDataSource* source) = 0;
     virtual void setDelegate(OutlineViewDelegate* delegate) = 0;
 

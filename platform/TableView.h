@@ -17,7 +17,7 @@ public:
 
     virtual std::size_t numberOfRowsInTableView(TableView& table) = 0;
 
-    // `row` counts from 0; nothing for a row that is no longer there.
+    // `row` counts from 0; the empty text for a row that is no longer there.
     virtual CellValue tableView_objectValueForTableColumn_row(TableView& table, TableColumn* column,
                                                               std::size_t row) = 0;
 
@@ -32,7 +32,7 @@ class TableView {
 public:
     virtual ~TableView() = default;
 
-    // The data source outlives the view's last question.
+    // Fills the view. The data source outlives the view's last question.
     virtual void setDataSource(TableViewDataSource* source) = 0;
 
     // Asks every question again. The row count is announced here only. The selection follows its row's text and place;
