@@ -102,6 +102,23 @@ bool isUtf8(std::string_view bytes) {
     return true;
 }
 
+std::u16string utf16(std::string_view value) {
+    std::u16string out;
+    while (!value.empty()) {
+        std::uint32_t codePoint = 0;
+        const std::size_t length = sequenceLength(value, codePoint);
+        if (length == 0) codePoint = 0xFFFD;
+        if (codePoint < 0x10000) {
+            out += static_cast<char16_t>(codePoint);
+        } else {
+            out += static_cast<char16_t>(0xD800 + ((codePoint - 0x10000) >> 10));
+            out += static_cast<char16_t>(0xDC00 + (codePoint & 0x3FF));
+        }
+        value.remove_prefix(length == 0 ? 1 : length);
+    }
+    return out;
+}
+
 std::string listDescription(const std::vector<std::string>& names) {
     std::string out = "(";
     for (const std::string& name : names) {

@@ -25,6 +25,9 @@ std::string escaped(std::string_view value);
 // Whether the bytes are well-formed UTF-8 (RFC 3629).
 bool isUtf8(std::string_view bytes);
 
+// The text in UTF-16 units; each byte that is no UTF-8 becomes one U+FFFD.
+std::u16string utf16(std::string_view value);
+
 // A list of names for the log, in parentheses, each name in quotation marks; not yet escaped.
 std::string listDescription(const std::vector<std::string>& names);
 
