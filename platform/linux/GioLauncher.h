@@ -2,6 +2,7 @@
 
 #include "platform/Launcher.h"
 #include "platform/Log.h"
+#include "platform/Status.h"
 #include "platform/linux/SessionBus.h"
 
 namespace letterloft {
@@ -15,6 +16,8 @@ public:
     bool launchApplication(const std::string& path) override;
 
 private:
+    Status launch(const std::string& path);
+
     SessionBus& bus_;
     Log& log_;
 };

@@ -5,15 +5,17 @@
 #include "platform/linux/DescriptorWatcher.h"
 #include "platform/linux/HeldProcess.h"
 #include "platform/linux/SessionBus.h"
-#include "platform/linux/XWindows.h"
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace letterloft {
+
+class QuitRequest;
 
 // One instance of an application, asked to quit in one way that is chosen once: the quit action on the session bus,
 // else its windows, else SIGTERM. What has to follow is done whenever isTerminated() is asked. Never SIGKILL.
@@ -39,19 +41,20 @@ public:
     bool isTerminated() override;
 
 private:
-    struct Request;
+    using steady_clock = std::chrono::steady_clock;
 
     void watchEnd(const HeldProcess& process);
     void takeInNewcomers();
-    bool haveAllEnded() const;
+    std::vector<pid_t> livingPids() const;
 
     Instance instance_;
     SessionBus& bus_;
     DescriptorWatcher& watcher_;
     Log& log_;
     std::vector<ProcessIdentity> heldSoFar_;
-    std::vector<std::unique_ptr<DescriptorWatcher::Watch>> watches_;
-    std::unique_ptr<Request> request_;
+    steady_clock::time_point lastSearch_;
+    std::map<int, std::unique_ptr<DescriptorWatcher::Watch>> watches_; // by pidfd
+    std::unique_ptr<QuitRequest> request_;
 };
 
 } // namespace letterloft

@@ -48,9 +48,9 @@ public:
     // The path at which a GTK application of that id exports itself.
     static std::string objectPathForId(const std::string& applicationId);
 
-    // Whether the object lists a "quit" action that can be used now. A program that does not answer within a second has
-    // none.
-    bool offersQuit(const ApplicationObject& object);
+    // The first of the objects that lists a "quit" action which can be used now. A program that does not answer has
+    // none; all of them together are given a second.
+    std::optional<ApplicationObject> objectOfferingQuit(const std::vector<ApplicationObject>& objects);
 
     // Sets the "quit" action off; the message is on its way when this returns, and no reply is waited for: the program
     // may ask its user first.

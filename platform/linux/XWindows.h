@@ -42,9 +42,6 @@ public:
     // a request: for others a close would cut the program off from the display.
     void requestClose(const Window& window);
 
-    // The processes with a connection to this display, with windows or without.
-    std::vector<pid_t> clientProcesses();
-
     // From now on descriptor() becomes readable whenever a window comes or goes, and when the connection breaks.
     // takeNotices() makes it unreadable again; false once the connection is broken.
     void noticeChanges();
