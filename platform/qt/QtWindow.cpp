@@ -1,0 +1,97 @@
+#include "platform/qt/QtWindow.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QScreen>
+
+#include <utility>
+
+namespace letterloft {
+
+QtWindow::QtWindow(std::unique_ptr<QWidget> widget, NotificationCenter& notifications)
+    : widget_{std::move(widget)}, notifications_{notifications} {
+    widget_->installEventFilter(this);
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+QtWindow::~QtWindow() {
+    widget_->removeEventFilter(this);
+    endSheet();
+}
+
+void QtWindow::makeKeyAndOrderFront() {
+    if (!shownBefore_) fitToScreen();
+    shownBefore_ = true;
+    widget_->setWindowState(widget_->windowState() & ~Qt::WindowMinimized);
+    QWidget* const front = sheet_ ? static_cast<QWidget*>(sheet_) : widget_.get();
+    widget_->show();
+    widget_->raise();
+    front->raise();
+    front->activateWindow();
+}
+
+void QtWindow::close() {
+    if (closing_) return;
+    prepareToClose();
+    widget_->hide();
+}
+
+void QtWindow::endSheet() {
+    QDialog* const sheet = sheet_;
+    if (!sheet) return;
+    sheet_ = nullptr;
+    sheet->disconnect(this);
+    for (QDialog* const inner : sheet->findChildren<QDialog*>())
+        inner->hide();
+    sheet->hide();
+    sheet->deleteLater();
+}
+
+void QtWindow::beforeClosing(std::function<void()> handler) { beforeClosing_.push_back(std::move(handler)); }
+
+bool QtWindow::beginSheet(std::unique_ptr<QDialog> sheet, std::function<void()> answered) {
+    if (sheet_) return false;
+    sheet_ = sheet.release();
+    sheet_->setParent(widget_.get(), Qt::Sheet);
+    connect(sheet_, &QDialog::finished, this, [this, answered = std::move(answered)] {
+        const auto running = answered;
+        sheet_->disconnect(this);
+        std::exchange(sheet_, nullptr)->deleteLater();
+        running();
+    });
+    sheet_->open();
+    return true;
+}
+
+bool QtWindow::eventFilter(QObject* watched, QEvent* event) {
+    // QCoreApplication::quit() closes every window, and sheets then report an answer that nobody gave (Qt 6.4).
+    if (event->type() == QEvent::Quit && watched == QCoreApplication::instance()) prepareToEnd();
+    if (event->type() == QEvent::Close && watched == widget_.get() && !ending_ && !closing_) prepareToClose();
+    return false;
+}
+
+void QtWindow::prepareToClose() {
+    closing_ = true;
+    for (const auto& handler : beforeClosing_)
+        handler();
+    endSheet();
+    if (widget_->isVisible()) notifications_.post(NotificationCenter::windowWillClose, static_cast<Window*>(this));
+    closing_ = false;
+}
+
+void QtWindow::prepareToEnd() {
+    ending_ = true;
+    for (const auto& handler : beforeClosing_)
+        handler();
+    endSheet();
+    // Reached only if something refused the end, and the program goes on.
+    QMetaObject::invokeMethod(
+        this, [this] { ending_ = false; }, Qt::QueuedConnection);
+}
+
+void QtWindow::fitToScreen() {
+    const QSize available = widget_->screen()->availableGeometry().size();
+    widget_->resize(widget_->size().expandedTo(widget_->sizeHint()).boundedTo(available));
+}
+
+} // namespace letterloft
