@@ -1,0 +1,16 @@
+#include "platform/qt/QtText.h"
+
+namespace letterloft {
+
+QString toQt(const std::string& text) { return QString::fromStdString(text); }
+
+std::string fromQt(const QString& text) { return text.toStdString(); }
+
+QString plainTitle(const std::string& text) { return toQt(text).replace(QLatin1Char{'&'}, QLatin1String{"&&"}); }
+
+QString plainToolTip(const QString& text) {
+    if (text.isEmpty()) return {};
+    return QLatin1String{"<p style='white-space:pre-wrap'>"} + text.toHtmlEscaped() + QLatin1String{"</p>"};
+}
+
+} // namespace letterloft
