@@ -1,0 +1,67 @@
+#include "platform/qt/QtCellDelegate.h"
+
+#include <QKeyEvent>
+
+namespace letterloft {
+
+QtCellDelegate::QtCellDelegate(QAbstractItemView& view) : QStyledItemDelegate{&view} { view.setItemDelegate(this); }
+
+void QtCellDelegate::dropEdit() {
+    if (!editor_) return;
+    handedOver_ = true;
+    QWidget* const open = editor_;
+    editor_ = nullptr;
+    Q_EMIT closeEditor(open, QAbstractItemDelegate::RevertModelCache);
+}
+
+QWidget* QtCellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                                      const QModelIndex& index) const {
+    handedOver_ = false;
+    editor_ = QStyledItemDelegate::createEditor(parent, option, index);
+    return editor_;
+}
+
+void QtCellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const {
+    // An alert that the model raises takes the focus, and the view would commit a second time.
+    if (handedOver_ || editor != editor_) return;
+    handedOver_ = true;
+    QStyledItemDelegate::setModelData(editor, model, index);
+}
+
+bool QtCellDelegate::eventFilter(QObject* object, QEvent* event) {
+    auto* const editor = qobject_cast<QWidget*>(object);
+    if (!editor || editor != editor_) return false;
+    if (event->type() == QEvent::KeyPress) return handleKey(*editor, static_cast<QKeyEvent*>(event)->key());
+    if (event->type() == QEvent::ShortcutOverride) return QStyledItemDelegate::eventFilter(object, event);
+    if (event->type() == QEvent::FocusOut) {
+        const auto reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) handOver(*editor);
+    }
+    return false;
+}
+
+bool QtCellDelegate::handleKey(QWidget& editor, int key) {
+    switch (key) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab:
+        handOver(editor);
+        return true;
+    case Qt::Key_Escape:
+        dropEdit();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void QtCellDelegate::handOver(QWidget& editor) {
+    if (handedOver_) return;
+    const QPointer<QWidget> open{&editor};
+    Q_EMIT commitData(open);
+    editor_ = nullptr;
+    if (open) Q_EMIT closeEditor(open, QAbstractItemDelegate::NoHint);
+}
+
+} // namespace letterloft

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QAbstractItemView>
+#include <QPointer>
+#include <QStyledItemDelegate>
+
+namespace letterloft {
+
+// Editing in place. Return, Tab and leaving the cell hand the text to the model, once; Escape drops it. Another window
+// coming to the front does not leave the cell.
+class QtCellDelegate final : public QStyledItemDelegate {
+public:
+    // Sets itself as the view's delegate.
+    explicit QtCellDelegate(QAbstractItemView& view);
+
+    // Takes an open editor away without handing its text over.
+    void dropEdit();
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private:
+    bool handleKey(QWidget& editor, int key);
+    void handOver(QWidget& editor);
+
+    mutable QPointer<QWidget> editor_; // createEditor is const in Qt
+    mutable bool handedOver_ = false;
+};
+
+} // namespace letterloft
