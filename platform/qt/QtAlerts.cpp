@@ -1,0 +1,68 @@
+#include "platform/qt/QtAlerts.h"
+
+#include "platform/qt/QtText.h"
+#include "platform/qt/QtWindow.h"
+
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <memory>
+#include <utility>
+
+namespace letterloft {
+
+namespace {
+
+std::unique_ptr<QMessageBox> messageBox(QMessageBox::Icon icon, const std::string& text) {
+    auto box = std::make_unique<QMessageBox>();
+    box->setIcon(icon);
+    box->setWindowTitle(QGuiApplication::applicationDisplayName());
+    box->setTextFormat(Qt::PlainText);
+    box->setText(toQt(text));
+    return box;
+}
+
+void setInformativeText(QMessageBox& box, const std::string& text) {
+    box.setInformativeText(toQt(text));
+    // setTextFormat() leaves this label auto-detecting HTML (Qt 6.4).
+    if (auto* const label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
+        label->setTextFormat(Qt::PlainText);
+}
+
+QPushButton* addButton(QMessageBox& box, const std::string& title, QMessageBox::ButtonRole role) {
+    return box.addButton(plainTitle(title), role);
+}
+
+} // namespace
+
+void QtAlerts::beginCriticalAlertSheet(const CriticalAlert& alert, Window& window, Completion completion) {
+    auto box = messageBox(QMessageBox::Critical, alert.messageText);
+    setInformativeText(*box, alert.informativeText);
+    auto* const standard = addButton(*box, alert.defaultButton, QMessageBox::AcceptRole);
+    auto* const alternate =
+        alert.alternateButton ? addButton(*box, *alert.alternateButton, QMessageBox::DestructiveRole) : nullptr;
+    auto* const other = alert.otherButton ? addButton(*box, *alert.otherButton, QMessageBox::RejectRole) : nullptr;
+    box->setDefaultButton(standard);
+    box->setEscapeButton(other ? other : standard);
+    const QMessageBox* const shown = box.get();
+    dynamic_cast<QtWindow&>(window).beginSheet(std::move(box), [=, completion = std::move(completion)] {
+        if (!completion) return;
+        const QAbstractButton* const pressed = shown->clickedButton();
+        if (pressed == standard)
+            completion(defaultReturn);
+        else
+            completion(alternate && pressed == alternate ? alternateReturn : otherReturn);
+    });
+}
+
+void QtAlerts::beginAlertSheet(const std::string& messageText, const std::string& button, Window& window) {
+    auto box = messageBox(QMessageBox::Warning, messageText);
+    auto* const only = addButton(*box, button, QMessageBox::AcceptRole);
+    box->setDefaultButton(only);
+    box->setEscapeButton(only);
+    dynamic_cast<QtWindow&>(window).beginSheet(std::move(box), [] {});
+}
+
+} // namespace letterloft
