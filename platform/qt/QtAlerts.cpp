@@ -32,7 +32,7 @@ void setInformativeText(QMessageBox& box, const std::string& text) {
 }
 
 QPushButton* addButton(QMessageBox& box, const std::string& title, QMessageBox::ButtonRole role) {
-    return box.addButton(plainTitle(title), role);
+    return box.addButton(plainTitle(toQt(title)), role);
 }
 
 } // namespace

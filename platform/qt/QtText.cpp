@@ -6,7 +6,7 @@ QString toQt(const std::string& text) { return QString::fromStdString(text); }
 
 std::string fromQt(const QString& text) { return text.toStdString(); }
 
-QString plainTitle(const std::string& text) { return toQt(text).replace(QLatin1Char{'&'}, QLatin1String{"&&"}); }
+QString plainTitle(const QString& text) { return QString{text}.replace(QLatin1Char{'&'}, QLatin1String{"&&"}); }
 
 QString plainToolTip(const QString& text) {
     if (text.isEmpty()) return {};

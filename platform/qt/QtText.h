@@ -11,7 +11,7 @@ QString toQt(const std::string& text);
 std::string fromQt(const QString& text);
 
 // For the title of a button, menu or label, where a single '&' would mark a shortcut: shows the text just as it is.
-QString plainTitle(const std::string& text);
+QString plainTitle(const QString& text);
 
 // For a tool tip, which Qt takes for HTML when it looks like that: shows the text just as it is, on as many lines as it
 // takes. Empty for an empty text.

@@ -1,0 +1,129 @@
+#include "platform/qt/QtApplicationChooser.h"
+
+#include "platform/qt/QtFileChooser.h"
+#include "platform/qt/QtText.h"
+
+#include <QCollator>
+#include <QDialogButtonBox>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
+
+namespace letterloft {
+
+namespace {
+
+constexpr int pathRole = Qt::UserRole;
+
+QIcon iconOf(const std::string& icon) {
+    const QIcon unknown = QIcon::fromTheme(QStringLiteral("application-x-executable"));
+    if (icon.empty()) return unknown;
+    return icon.front() == '/' ? QIcon{toQt(icon)} : QIcon::fromTheme(toQt(icon), unknown);
+}
+
+bool isApplication(const QFileInfo& entry) {
+    if (entry.isDir()) return entry.fileName().endsWith(QLatin1String{".app"});
+    return entry.fileName().endsWith(QLatin1String{".desktop"}) || (entry.isFile() && entry.isExecutable());
+}
+
+} // namespace
+
+QtApplicationChooser::QtApplicationChooser(const Wanted& wanted,
+                                           const std::vector<InstalledApplications::Application>& applications)
+    : wanted_{wanted},
+      search_{new QLineEdit},
+      list_{new QListWidget},
+      confirm_{new QPushButton{plainTitle(wanted.prompt)}} {
+    layOut();
+    fill(applications);
+    connect(search_, &QLineEdit::textChanged, this, &QtApplicationChooser::search);
+    connect(list_, &QListWidget::itemActivated, this, &QtApplicationChooser::accept);
+    connect(list_, &QListWidget::itemSelectionChanged, this,
+            [this] { confirm_->setEnabled(!list_->selectedItems().isEmpty()); });
+    search_->setFocus();
+}
+
+void QtApplicationChooser::layOut() {
+    setWindowTitle(wanted_.message);
+    auto* const message = new QLabel;
+    message->setTextFormat(Qt::PlainText);
+    message->setWordWrap(true);
+    message->setText(wanted_.message);
+    search_->setPlaceholderText(tr("Search"));
+    search_->setAccessibleName(tr("Search applications"));
+    search_->setClearButtonEnabled(true);
+    list_->setAccessibleName(tr("Installed applications"));
+    list_->setIconSize({24, 24});
+    list_->setUniformItemSizes(true);
+    auto* const buttons = new QDialogButtonBox;
+    buttons->addButton(confirm_, QDialogButtonBox::AcceptRole);
+    buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole)->setAutoDefault(false);
+    auto* const browseButton = buttons->addButton(tr("&Browse..."), QDialogButtonBox::ActionRole);
+    browseButton->setAutoDefault(false);
+    confirm_->setDefault(true);
+    confirm_->setEnabled(false);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QtApplicationChooser::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QtApplicationChooser::reject);
+    connect(browseButton, &QPushButton::clicked, this, &QtApplicationChooser::browse);
+    auto* const column = new QVBoxLayout{this};
+    for (QWidget* const widget : std::initializer_list<QWidget*>{message, search_, list_, buttons})
+        column->addWidget(widget);
+    resize(sizeHint().expandedTo({440, 420}));
+}
+
+void QtApplicationChooser::fill(std::vector<InstalledApplications::Application> applications) {
+    QCollator collator;
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::sort(applications.begin(), applications.end(), [&collator](const auto& one, const auto& other) {
+        return collator.compare(toQt(one.name), toQt(other.name)) < 0;
+    });
+    for (const auto& application : applications) {
+        auto* const item = new QListWidgetItem{iconOf(application.icon), toQt(application.name), list_};
+        item->setData(pathRole, toQt(application.desktopFile));
+        item->setToolTip(plainToolTip(toQt(application.desktopFile)));
+    }
+}
+
+// Selects the first that fits, so that Return takes it.
+void QtApplicationChooser::search(const QString& text) {
+    QListWidgetItem* first = nullptr;
+    for (int row = 0; row < list_->count(); ++row) {
+        QListWidgetItem* const item = list_->item(row);
+        item->setHidden(!item->text().contains(text, Qt::CaseInsensitive));
+        if (!first && !item->isHidden()) first = item;
+    }
+    list_->setCurrentItem(text.isEmpty() ? nullptr : first);
+    if (text.isEmpty() || !first) list_->clearSelection();
+}
+
+// The arrow keys reach the list from the search field too.
+void QtApplicationChooser::keyPressEvent(QKeyEvent* event) {
+    const bool moves = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
+    if (!moves || !search_->hasFocus()) return QDialog::keyPressEvent(event);
+    list_->setFocus();
+    for (int row = 0; !list_->currentItem() && row < list_->count(); ++row)
+        if (!list_->item(row)->isHidden()) list_->setCurrentRow(row);
+}
+
+void QtApplicationChooser::accept() {
+    const auto selected = list_->selectedItems();
+    if (chosen_.isEmpty() && !selected.isEmpty()) chosen_ = selected.first()->data(pathRole).toString();
+    if (!chosen_.isEmpty()) QDialog::accept();
+}
+
+void QtApplicationChooser::browse() {
+    auto* const chooser = new QtFileChooser{{wanted_.prompt, wanted_.message, wanted_.folder, isApplication}};
+    chooser->setParent(this, Qt::Sheet);
+    chooser->setAttribute(Qt::WA_DeleteOnClose);
+    connect(chooser, &QDialog::accepted, this, [this, chooser] {
+        chosen_ = chooser->chosen();
+        accept();
+    });
+    chooser->open();
+}
+
+} // namespace letterloft

@@ -1,0 +1,135 @@
+#include "platform/qt/QtFileChooser.h"
+
+#include "platform/qt/QtText.h"
+
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QVBoxLayout>
+
+namespace letterloft {
+
+namespace {
+
+// Bytes that are no UTF-8 reach us as U+FFFD, so a name that holds one can't be told from another.
+bool canBeStored(const QString& path) { return !path.contains(QChar::ReplacementCharacter); }
+
+QLabel* plainLabel(const QString& text) {
+    auto* const label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setText(text);
+    return label;
+}
+
+} // namespace
+
+QtFileChooser::QtFileChooser(const Wanted& wanted)
+    : canChoose_{wanted.canChoose},
+      location_{new QLineEdit},
+      up_{new QPushButton{tr("&Up")}},
+      entries_{new QTreeView},
+      problem_{plainLabel({})},
+      confirm_{new QPushButton{plainTitle(wanted.prompt)}} {
+    model_.setFilter(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    model_.setResolveSymlinks(false);
+    model_.setReadOnly(true);
+    model_.setRootPath(QStringLiteral("/"));
+    entries_->setModel(&model_);
+    layOut(wanted);
+    wire();
+    showFolder(QFileInfo{wanted.folder}.isDir() ? wanted.folder : QDir::homePath());
+    entries_->setFocus();
+}
+
+void QtFileChooser::layOut(const Wanted& wanted) {
+    setWindowTitle(wanted.message);
+    auto* const locationLabel = new QLabel{tr("&Folder:")};
+    locationLabel->setBuddy(location_);
+    auto* const locationRow = new QHBoxLayout;
+    for (QWidget* const widget : std::initializer_list<QWidget*>{locationLabel, location_, up_})
+        locationRow->addWidget(widget);
+    entries_->setAccessibleName(tr("Files and folders"));
+    entries_->setRootIsDecorated(false);
+    entries_->setItemsExpandable(false);
+    entries_->setExpandsOnDoubleClick(false);
+    entries_->setUniformRowHeights(true);
+    entries_->setSortingEnabled(true);
+    entries_->sortByColumn(0, Qt::AscendingOrder);
+    entries_->setTextElideMode(Qt::ElideMiddle);
+    entries_->header()->resizeSection(0, 24 * entries_->fontMetrics().averageCharWidth() * 2);
+    up_->setAutoDefault(false);
+    problem_->hide();
+    auto* const buttons = new QDialogButtonBox;
+    buttons->addButton(confirm_, QDialogButtonBox::AcceptRole);
+    auto* const cancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
+    cancel->setAutoDefault(false);
+    confirm_->setDefault(true);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QtFileChooser::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QtFileChooser::reject);
+    auto* const column = new QVBoxLayout{this};
+    column->addWidget(plainLabel(wanted.message));
+    column->addLayout(locationRow);
+    column->addWidget(entries_, 1);
+    column->addWidget(problem_);
+    column->addWidget(buttons);
+    resize(sizeHint().expandedTo({640, 420}));
+}
+
+void QtFileChooser::wire() {
+    connect(location_, &QLineEdit::returnPressed, this, &QtFileChooser::goToTypedFolder);
+    connect(up_, &QPushButton::clicked, this,
+            [this] { showFolder(QFileInfo{model_.filePath(entries_->rootIndex())}.absolutePath()); });
+    connect(entries_, &QTreeView::activated, this, &QtFileChooser::activate);
+    connect(entries_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &QtFileChooser::updateConfirm);
+}
+
+void QtFileChooser::showFolder(const QString& folder) {
+    const QModelIndex index = model_.index(folder);
+    if (!index.isValid()) return;
+    entries_->setRootIndex(index);
+    entries_->selectionModel()->clear();
+    location_->setText(folder);
+    updateConfirm();
+}
+
+void QtFileChooser::goToTypedFolder() {
+    const QFileInfo typed{QDir::cleanPath(location_->text())};
+    if (typed.isAbsolute() && typed.isDir()) return showFolder(typed.filePath());
+    problem_->setText(tr("There is no folder %1.").arg(location_->text()));
+    problem_->show();
+}
+
+void QtFileChooser::activate(const QModelIndex& entry) {
+    const QFileInfo info{model_.filePath(entry)};
+    if (info.isDir())
+        showFolder(info.filePath());
+    else if (confirm_->isEnabled())
+        accept();
+}
+
+void QtFileChooser::accept() {
+    const QString path = selectedPath();
+    if (path.isEmpty() || !confirm_->isEnabled()) return;
+    if (!canBeStored(path)) {
+        problem_->setText(tr("%1 can't be managed, because its name is not valid UTF-8 text.").arg(path));
+        problem_->show();
+        return;
+    }
+    chosen_ = path;
+    QDialog::accept();
+}
+
+void QtFileChooser::updateConfirm() {
+    problem_->hide();
+    const QString path = selectedPath();
+    confirm_->setEnabled(!path.isEmpty() && canChoose_(QFileInfo{path}));
+}
+
+QString QtFileChooser::selectedPath() const {
+    const auto rows = entries_->selectionModel()->selectedRows();
+    return rows.isEmpty() ? QString{} : model_.filePath(rows.first());
+}
+
+} // namespace letterloft

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QDialog>
+#include <QFileSystemModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTreeView>
+
+#include <functional>
+
+namespace letterloft {
+
+// Chooses one entry of a folder: a file, a folder, or either, which Qt's own file dialogs don't offer in one panel.
+// Shows hidden entries and dangling links. A link is chosen as itself.
+class QtFileChooser final : public QDialog {
+public:
+    struct Wanted {
+        QString prompt;  // the confirm button's title, plain
+        QString message; // plain
+        QString folder;  // where it starts; home if that is no folder
+
+        // Whether that entry can be chosen. Folders can be entered in any case.
+        std::function<bool(const QFileInfo& entry)> canChoose;
+    };
+
+    explicit QtFileChooser(const Wanted& wanted);
+
+    // Absolute; empty until the dialog was accepted.
+    QString chosen() const { return chosen_; }
+
+    // Only if the entry can be named in UTF-8; otherwise the dialog stays and says why.
+    void accept() override;
+
+private:
+    void layOut(const Wanted& wanted);
+    void wire();
+    void showFolder(const QString& folder);
+    void goToTypedFolder();
+    void activate(const QModelIndex& entry);
+    void updateConfirm();
+    QString selectedPath() const;
+
+    std::function<bool(const QFileInfo&)> canChoose_;
+    QFileSystemModel model_;
+    QLineEdit* location_;
+    QPushButton* up_;
+    QTreeView* entries_;
+    QLabel* problem_;
+    QPushButton* confirm_;
+    QString chosen_;
+};
+
+} // namespace letterloft
