@@ -1,0 +1,154 @@
+"""The switch from account to account, with applications that run, refuse, take their time or are launched."""
+
+import os
+import signal
+import unittest
+
+from desktop import Application, DesktopTest, Program, wait_for
+
+
+class Switch(DesktopTest):
+    def test_a_running_application_ends_before_anything_moves(self):
+        application = self.prepare()
+        running = application.start()
+        program = self.start()
+        program.choose("B")
+        program.wait_for_current("B")
+        self.assertEqual(application.journal(), ["started", "asked", "ended-with-item"])
+        self.assertEqual(running.wait(), 0)
+        self.assert_live(application, "B", ["A", "C"])
+        wait_for(lambda: program.marked() == ["B"], "the mark at B")
+        program.choose("A")
+        program.wait_for_current("A")
+        self.assert_live(application, "A", ["B", "C"])
+        self.assertEqual(program.end(), 0)
+
+    def test_the_switch_goes_on_when_a_slow_application_has_ended(self):
+        application = self.prepare(options="3")
+        application.start()
+        program = self.start()
+        program.choose("B")
+        program.wait_for_current("B")
+        self.assertEqual(application.journal(), ["started", "asked", "ended-with-item"])
+        self.assert_live(application, "B", ["A", "C"])
+
+    def test_two_copies_of_an_application_are_both_ended(self):
+        application = self.prepare()
+        copies = [application.start(), application.start()]
+        program = self.start()
+        program.choose("B")
+        program.wait_for_current("B")
+        self.assertEqual([copy.poll() for copy in copies], [0, 0])
+        self.assertEqual(application.journal().count("ended-with-item"), 2)
+
+    def test_a_stranger_goes_on(self):
+        self.prepare()
+        stranger = Application(self.desktop, "stranger")
+        running = stranger.start()
+        program = self.start()
+        program.choose("B")
+        program.wait_for_current("B")
+        self.assertIsNone(running.poll())
+        self.assertEqual(stranger.journal(), ["started"])
+
+    def test_ticked_applications_are_launched_and_outlive_the_program(self):
+        gone = "/nowhere/gone.desktop"
+        application = self.prepare()
+        self.desktop.set_settings({**self.desktop.settings(), "Autostart Apps": [gone, application.entry]})
+        program = self.start()
+        program.choose("B")
+        application.wait_for_journal("started")
+        self.assertIn(f"ERROR LAUNCHING {gone}", program.log())
+        self.assertEqual(program.end(), 0)
+        self.assertEqual(application.journal(), ["started"])
+        # Found again by a program that did not launch it, and ended by it.
+        self.start().choose("A")
+        application.wait_for_journal("ended-with-item")
+
+    def test_of_two_choices_during_a_wait_the_later_one_follows(self):
+        application = self.prepare(("A", "B", "C", "D"), options="hold")
+        running = application.start()
+        program = self.start()
+        for account in ("B", "C", "D"):
+            program.choose(account)
+        application.wait_for_journal("asked")
+        self.assertEqual(self.desktop.settings()["Current User"], "A")
+        self.assert_live(application, "A", ["B", "C", "D"])
+        running.send_signal(signal.SIGUSR1)
+        program.wait_for_current("D")
+        self.assert_live(application, "D", ["A", "B", "C"])
+        wait_for(lambda: program.marked() == ["D"], "the mark at D")
+        self.assertEqual(program.end(), 0)
+
+    def test_what_is_in_the_way_stays_and_is_logged(self):
+        application = self.prepare(("A", "B"))
+        self.desktop.write(os.path.join(self.parked("A", application), "old"), "older mail of A")
+        program = self.start()
+        program.choose("B")
+        program.wait_for_current("B")
+        live, folders = application.item, [self.desktop.account_folder(account) for account in "AB"]
+        self.assertIn(f"There was an error moving the file at {live} to {folders[0]}:\n", program.log())
+        self.assertIn(f"There was an error moving the file at {folders[1]} to {live}:\n", program.log())
+        self.assertEqual(self.desktop.tree(live), {"mail": "mail of A"})
+        self.assertEqual(self.desktop.tree(folders[0]), {".notes/old": "older mail of A"})
+        self.assertEqual(self.desktop.tree(folders[1]), {".notes/mail": "mail of B"})
+
+
+class Ending(DesktopTest):
+    def end_during_the_wait(self, end):
+        application = self.prepare(options="hold")
+        running = application.start()
+        program = self.start()
+        program.choose("B")
+        application.wait_for_journal("asked")
+        end(program)
+        self.assertEqual(program.exit_status(), 0, program.log())
+        self.assertIsNone(running.poll())
+        self.assertEqual(self.desktop.settings()["Current User"], "A")
+        self.assert_live(application, "A", ["B", "C"])
+
+    def test_quit_during_the_wait_leaves_all_where_it_is(self):
+        self.end_during_the_wait(lambda program: program.choose("Quit"))
+
+    def test_sigterm_during_the_wait_leaves_all_where_it_is(self):
+        self.end_during_the_wait(lambda program: program.process.send_signal(signal.SIGTERM))
+
+    def test_sigterm_during_the_moves_is_heeded_when_they_are_recorded(self):
+        application = self.prepare(("A", "B"))
+        items = [os.path.join(self.desktop.home, "items", str(n)) for n in range(4000)]
+        for item in items:
+            self.desktop.write(item, "of A")
+        self.desktop.set_settings({**self.desktop.settings(), "Autostart Apps": [application.entry],
+                                   application.entry: items})
+        program, accounts = self.start(), ["A", "B"]
+        while True:
+            # Stopped as soon as the first item is elsewhere; if it was too late, the next switch is the next occasion.
+            is_parked = os.path.exists(items[0])
+            program.choose(accounts[1])
+            while os.path.exists(items[0]) == is_parked and program.is_running():
+                pass
+            program.process.send_signal(signal.SIGSTOP)
+            if os.path.exists(items[-1]) == is_parked:
+                break
+            program.process.send_signal(signal.SIGCONT)
+            program.wait_for_current(accounts[1])
+            accounts.reverse()
+        launched = application.journal()
+        program.process.send_signal(signal.SIGTERM)
+        program.process.send_signal(signal.SIGCONT)
+        self.assertEqual(program.exit_status(), 0, program.log())
+        self.assertEqual(self.desktop.settings()["Current User"], accounts[1])
+        self.assertEqual({os.path.exists(item) for item in items}, {not is_parked})
+        self.assertEqual(application.journal(), launched)
+
+    def test_other_ends_are_orderly_too(self):
+        for sent in (signal.SIGINT, signal.SIGHUP):
+            self.assertEqual(self.start().end(by=sent), 0)
+
+    def test_a_killed_program_leaves_no_lock_behind(self):
+        self.assertEqual(self.start().end(by=signal.SIGKILL), -signal.SIGKILL)
+        self.assertEqual(self.start().accounts(), ["Default User"])
+
+
+if __name__ == "__main__":
+    unittest.main()

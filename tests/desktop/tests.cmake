@@ -1,0 +1,14 @@
+# The real program on a display, session bus and home of its own for each case; every group makes its own, so that groups
+# may run at the same time.
+add_executable(letterloft-test-application ${CMAKE_CURRENT_LIST_DIR}/TestApplication.cpp)
+target_link_libraries(letterloft-test-application PRIVATE letterloft_options PkgConfig::XCB)
+
+foreach(group Start Settings Switch Ending StatusBar Names)
+    string(TOLOWER ${group} file)
+    string(REPLACE ending switch file ${file})
+    string(REPLACE names statusbar file ${file})
+    add_test(NAME Desktop.${group}
+        COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_LIST_DIR}/test_${file}.py -v ${group})
+    set_tests_properties(Desktop.${group} PROPERTIES TIMEOUT 600 LABELS desktop ENVIRONMENT
+        "LETTERLOFT=$<TARGET_FILE:letterloft>;TEST_APPLICATION=$<TARGET_FILE:letterloft-test-application>")
+endforeach()
