@@ -1,0 +1,62 @@
+#include "platform/linux/FileContents.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <unistd.h>
+
+namespace letterloft {
+
+int FileContents::copy(int from, int to, std::uint64_t size) {
+    std::uint64_t left = size;
+    if (kernelCopies_ && copyInKernel(from, to, left)) return 0;
+    while (left > 0) {
+        const ssize_t got = calls_.read(from, buffer_.data(), std::min<std::uint64_t>(left, buffer_.size()));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0 || (got > 0 && writeAll(to, static_cast<std::size_t>(got)) != 0)) return -1;
+        if (got == 0) return 0;
+        left -= static_cast<std::uint64_t>(got);
+        copied_(static_cast<std::uint64_t>(got));
+    }
+    return 0;
+}
+
+// Whether all of it could be copied without passing through this program (copy_file_range(2)), which shares the blocks
+// where the file systems can. Any failure, a real one too, is left to the plain way to meet again.
+bool FileContents::copyInKernel(int from, int to, std::uint64_t& left) {
+    constexpr std::uint64_t stretch = 64 * 1024 * 1024;
+    while (left > 0) {
+        const ssize_t got = calls_.copy_file_range(from, to, std::min(left, stretch));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) kernelCopies_ = false;
+        if (got <= 0) return false;
+        left -= static_cast<std::uint64_t>(got);
+        copied_(static_cast<std::uint64_t>(got));
+    }
+    return true;
+}
+
+int FileContents::writeAll(int to, std::size_t size) {
+    for (std::size_t written = 0; written < size;) {
+        const ssize_t got = calls_.write(to, buffer_.data() + written, size - written);
+        if (got < 0 && errno == EINTR) continue;
+        if (got == 0) errno = EIO;
+        if (got <= 0) return -1;
+        written += static_cast<std::size_t>(got);
+    }
+    return 0;
+}
+
+int FileContents::copyWithHoles(int from, int to, std::uint64_t size) {
+    const auto end = static_cast<off_t>(size);
+    for (off_t at = 0; at < end;) {
+        const off_t data = calls_.lseek(from, at, SEEK_DATA);
+        if (data < 0 && errno == ENXIO) break; // a hole up to the end
+        const off_t hole = data < 0 ? -1 : calls_.lseek(from, data, SEEK_HOLE);
+        if (hole < 0 || calls_.lseek(from, data, SEEK_SET) < 0 || calls_.lseek(to, data, SEEK_SET) < 0) return -1;
+        if (copy(from, to, static_cast<std::uint64_t>(std::min(hole, end) - data)) != 0) return -1;
+        at = hole;
+    }
+    return calls_.ftruncate(to, end);
+}
+
+} // namespace letterloft
