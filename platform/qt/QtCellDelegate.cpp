@@ -14,6 +14,11 @@ void QtCellDelegate::dropEdit() {
     Q_EMIT closeEditor(open, QAbstractItemDelegate::RevertModelCache);
 }
 
+QSize QtCellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    const QSize hint = QStyledItemDelegate::sizeHint(option, index);
+    return option.widget ? hint.expandedTo({0, rowHeight(*option.widget)}) : hint;
+}
+
 QWidget* QtCellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                                       const QModelIndex& index) const {
     handedOver_ = false;

@@ -16,6 +16,11 @@ public:
     // Takes an open editor away without handing its text over.
     void dropEdit();
 
+    // How high a row is that can be hit with ease, for the view's font.
+    static int rowHeight(const QWidget& view) { return view.fontMetrics().height() * 3 / 2; }
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
     bool eventFilter(QObject* object, QEvent* event) override;

@@ -26,6 +26,7 @@ QtOutlineView::~QtOutlineView() {
 }
 
 void QtOutlineView::makeColumns() {
+    widget_.header()->setSectionsMovable(false);
     const auto identifiers = widget_.property("columnIdentifiers").toStringList();
     for (int section = 0; section < identifiers.size(); ++section)
         columns_.push_back(

@@ -26,8 +26,9 @@ Qt::ItemFlags QtTableModel::flags(const QModelIndex& index) const {
 }
 
 QVariant QtTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
-    return titles_.value(section);
+    if (orientation != Qt::Horizontal) return {};
+    if (role == Qt::TextAlignmentRole) return QVariant{Qt::AlignLeft | Qt::AlignVCenter};
+    return role == Qt::DisplayRole ? titles_.value(section) : QVariant{};
 }
 
 QVariant QtTableModel::data(const QModelIndex& index, int role) const {

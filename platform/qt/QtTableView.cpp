@@ -20,6 +20,7 @@ QtTableView::QtTableView(QTableView& widget) : widget_{widget}, delegate_{new Qt
     }
     model_ = std::make_unique<QtTableModel>(*this, columns, widget.property("columnTitles").toStringList());
     widget_.setModel(model_.get());
+    widget_.verticalHeader()->setDefaultSectionSize(QtCellDelegate::rowHeight(widget));
     QObject::connect(widget_.selectionModel(), &QItemSelectionModel::selectionChanged, model_.get(),
                      [this] { rememberSelection(); });
     QObject::connect(model_.get(), &QAbstractItemModel::dataChanged, model_.get(), [this] { rememberSelection(); });
