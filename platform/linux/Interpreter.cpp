@@ -74,9 +74,15 @@ std::vector<std::string> wordsOf(std::string_view line) {
 
 std::string interpreterName(std::string_view path) {
     const std::string name = lastComponent(path);
-    const auto end =
-        std::find_if(name.begin(), name.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)) == 0; });
-    return {name.begin(), end};
+    const auto isDigit = [&](std::size_t at) {
+        return at < name.size() && std::isdigit(static_cast<unsigned char>(name[at])) != 0;
+    };
+    std::size_t end = 0;
+    while (end < name.size() && std::isalpha(static_cast<unsigned char>(name[end])) != 0)
+        ++end;
+    const bool isVersion = isDigit(end) || (name.compare(end, 1, "-") == 0 && isDigit(end + 1));
+    // "gjs-console" is what /usr/bin/gjs leads to; any other name that goes on is a program of its own.
+    return isVersion || name.substr(end) == "-console" ? name.substr(0, end) : name;
 }
 
 bool isShell(const std::string& name) {
