@@ -36,8 +36,11 @@ class Start(DesktopTest):
 
     def test_activation_over_the_bus_opens_the_menu_window(self):
         program = self.start()
-        self.desktop.call("org.letterloft.Letterloft", "/org/letterloft/Letterloft", "org.freedesktop.Application",
-                          "Activate", GLib.Variant("(a{sv})", ({},)))
+        def activate():
+            return self.desktop.call("org.letterloft.Letterloft", "/org/letterloft/Letterloft",
+                                     "org.freedesktop.Application", "Activate", GLib.Variant("(a{sv})", ({},)))
+
+        wait_for(lambda: activate() is not None, "the activation")
         program.wait_for_window()
         self.assertEqual(program.end(), 0)
 
