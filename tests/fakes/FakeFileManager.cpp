@@ -154,6 +154,7 @@ Status FakeFileManager::removeItem(const std::string& path) {
     if (++operations == failingOperation || isTroubled(path)) return failure("Can't remove", path, "access denied");
     const auto at = resolved(path, false);
     if (!at || tree.count(*at) == 0) return failure("Can't remove", path, "it is not there");
+    if (*at == "/" || *at == home) return failure("Can't remove", path, "it holds everything");
     for (auto it = tree.end(); it != tree.begin();) { // backwards: what a folder holds goes before the folder
         --it;
         if (!isAtOrBelow(it->first, *at)) continue;

@@ -1,0 +1,238 @@
+#include "platform/linux/PosixFileManager.h"
+#include "tests/contract/files/ScratchFolders.h"
+#include "tests/fakes/FakeCopyProgress.h"
+#include "tests/fakes/FakeFileManager.h"
+#include "tests/fakes/FakeLog.h"
+
+#include <algorithm>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace letterloft {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A file manager with two folders, `here` and `there`, between which things are moved.
+struct FileWorld {
+    virtual ~FileWorld() = default;
+    virtual FileManager& files() = 0;
+    virtual void addFile(const std::string& path, const std::string& contents) = 0;
+    virtual void addLink(const std::string& path, const std::string& target) = 0;
+    virtual std::string textAt(const std::string& path) = 0; // of a file or link; "none" for anything else
+
+    std::string here;
+    std::string there;
+    std::string settings; // a protected file, in a folder in `here`
+};
+
+struct FakeWorld final : FileWorld {
+    FakeWorld() {
+        here = "/home/user/here";
+        there = "/volume/there";
+        settings = here + "/configuration/settings";
+        manager.addFolder(there);
+        manager.addFile(settings, "settings");
+        manager.protectedPaths = {settings};
+    }
+    FileManager& files() override { return manager; }
+    void addFile(const std::string& path, const std::string& contents) override { manager.addFile(path, contents); }
+    void addLink(const std::string& path, const std::string& target) override { manager.addLink(path, target); }
+    std::string textAt(const std::string& path) override { return manager.textAt(path).value_or("none"); }
+
+    FakeFileManager manager;
+};
+
+struct PosixWorld final : FileWorld {
+    explicit PosixWorld(bool across) {
+        here = scratch.onDisk() + "/here";
+        there = (across ? scratch.onMemory() : scratch.onDisk()) + "/there";
+        settings = here + "/configuration/settings";
+        fs::create_directories(there);
+        addFile(settings, "settings");
+        manager = std::make_unique<PosixFileManager>(PosixFileManager::Parts{log, calls, progress}, scratch.onDisk(),
+                                                     std::vector{settings});
+    }
+    FileManager& files() override { return *manager; }
+    void addFile(const std::string& path, const std::string& contents) override {
+        fs::create_directories(fs::path{path}.parent_path());
+        writeFile(path, contents);
+    }
+    void addLink(const std::string& path, const std::string& target) override { fs::create_symlink(target, path); }
+    std::string textAt(const std::string& path) override {
+        if (fs::is_symlink(path)) return fs::read_symlink(path);
+        if (!fs::is_regular_file(path)) return "none";
+        std::ifstream file{path};
+        return {std::istreambuf_iterator<char>{file}, {}};
+    }
+
+    ScratchFolders scratch;
+    FakeLog log;
+    FileSystemCalls calls;
+    FakeCopyProgress progress;
+    std::unique_ptr<PosixFileManager> manager;
+};
+
+class FileManagerContract : public testing::TestWithParam<std::string> {
+protected:
+    static std::unique_ptr<FileWorld> worldNamed(const std::string& name) {
+        if (name == "Fake") return std::make_unique<FakeWorld>();
+        return std::make_unique<PosixWorld>(name == "PosixAcross");
+    }
+
+    // The move fails, says where, and leaves everything as it was.
+    void expectRefusal(const std::string& from, const std::string& to) {
+        const std::string source = world->textAt(from);
+        const std::string target = world->textAt(to);
+        const Status moved = files.moveItem(from, to);
+        EXPECT_FALSE(moved) << from << " to " << to;
+        EXPECT_EQ(world->textAt(from), source);
+        EXPECT_EQ(world->textAt(to), target);
+        EXPECT_THAT(moved.sentence(), testing::AnyOf(testing::HasSubstr(from), testing::HasSubstr(to)));
+    }
+
+    std::vector<std::string> namesIn(const std::string& folder) {
+        auto names = files.contentsOfFolder(folder);
+        EXPECT_TRUE(names) << names.status().sentence();
+        std::vector<std::string> sorted = names ? *names : std::vector<std::string>{"failed"};
+        std::sort(sorted.begin(), sorted.end());
+        return sorted;
+    }
+
+    std::unique_ptr<FileWorld> world = worldNamed(GetParam());
+    FileManager& files = world->files();
+    const std::string here = world->here;
+    const std::string there = world->there;
+};
+
+using Names = std::vector<std::string>;
+
+} // namespace
+
+TEST_P(FileManagerContract, MovesFilesWholeFoldersAndLinksThemselves) {
+    world->addFile(here + "/file", "text");
+    world->addFile(here + "/folder/.inner/deep", "deep");
+    world->addLink(here + "/folder/link", "../file");
+    world->addLink(here + "/dangling", "nowhere");
+    EXPECT_TRUE(files.moveItem(here + "/file", there + "/moved"));
+    EXPECT_TRUE(files.moveItem(here + "/folder/", there + "/folder/")); // trailing slashes do not count
+    EXPECT_TRUE(files.moveItem(here + "/dangling", there + "/dangling"));
+    EXPECT_EQ(namesIn(there), (Names{"dangling", "folder", "moved"}));
+    EXPECT_EQ(namesIn(there + "/folder"), (Names{".inner", "link"}));
+    EXPECT_EQ(world->textAt(there + "/moved"), "text");
+    EXPECT_EQ(world->textAt(there + "/folder/.inner/deep"), "deep");
+    EXPECT_EQ(world->textAt(there + "/folder/link"), "../file");
+    EXPECT_EQ(world->textAt(there + "/dangling"), "nowhere");
+    EXPECT_EQ(namesIn(here), (Names{"configuration"}));
+}
+
+TEST_P(FileManagerContract, FollowsLinksInThePathOfAMove) {
+    world->addFile(here + "/real/file", "text");
+    world->addLink(here + "/way", here + "/real");
+    world->addLink(here + "/out", there);
+    EXPECT_TRUE(files.moveItem(here + "/way/file", here + "/out/file"));
+    EXPECT_EQ(world->textAt(there + "/file"), "text");
+    EXPECT_TRUE(files.moveItem(here + "/way/", there + "/way")); // but not the last, slash or not
+    EXPECT_EQ(world->textAt(there + "/way"), here + "/real");
+}
+
+TEST_P(FileManagerContract, MoveRefusesToReplaceAnything) {
+    world->addFile(here + "/file", "new");
+    world->addFile(there + "/file", "old");
+    world->addLink(there + "/dangling", "nowhere");
+    ASSERT_TRUE(files.createFolder(there + "/empty"));
+    ASSERT_TRUE(files.createFolder(here + "/folder"));
+    for (const char* source : {"/file", "/folder"})
+        for (const char* target : {"/file", "/empty", "/dangling"})
+            expectRefusal(here + source, there + target);
+    EXPECT_EQ(namesIn(there), (Names{"dangling", "empty", "file"}));
+}
+
+TEST_P(FileManagerContract, MoveRefusesWithoutSourceParentOrRoom) {
+    world->addFile(here + "/folder/file", "text");
+    world->addFile(there + "/file", "text");
+    expectRefusal(here + "/missing", there + "/missing");
+    expectRefusal(here + "/folder", there + "/missing/folder");
+    expectRefusal(here + "/folder", there + "/file/folder");
+    expectRefusal(here + "/folder", here + "/folder/inside");
+    world->addLink(here + "/way", here + "/folder");
+    expectRefusal(here + "/folder", here + "/way/inside");
+    EXPECT_EQ(namesIn(here + "/folder"), (Names{"file"}));
+}
+
+TEST_P(FileManagerContract, MoveRefusesWhatTheProgramItselfStandsOn) {
+    world->addLink(here + "/alias", here + "/configuration");
+    expectRefusal(world->settings, there + "/settings");
+    expectRefusal(here + "/configuration", there + "/configuration");
+    expectRefusal(here + "/alias/settings", there + "/settings");
+    expectRefusal(here, there + "/here");
+    EXPECT_TRUE(files.moveItem(here + "/alias", there + "/alias")); // only a way there, which nobody takes
+    world->addFile(here + "/configuration/other", "other");
+    EXPECT_TRUE(files.moveItem(here + "/configuration/other", there + "/other"));
+    EXPECT_EQ(world->textAt(world->settings), "settings");
+}
+
+TEST_P(FileManagerContract, ExistenceFollowsLinks) {
+    world->addFile(here + "/folder/file", "text");
+    world->addLink(here + "/to folder", "folder");
+    world->addLink(here + "/dangling", "nowhere");
+    EXPECT_TRUE(files.fileExists(here + "/folder"));
+    EXPECT_TRUE(files.fileExists(here + "/to folder/file"));
+    EXPECT_TRUE(files.folderExists(here + "/to folder/"));
+    EXPECT_FALSE(files.folderExists(here + "/folder/file"));
+    EXPECT_FALSE(files.fileExists(here + "/dangling"));
+    EXPECT_FALSE(files.fileExists(here + "/missing/file"));
+    EXPECT_FALSE(files.fileExists(here + "/folder/file/inside"));
+}
+
+TEST_P(FileManagerContract, CreatesFoldersWithParentsAndOverNothing) {
+    EXPECT_TRUE(files.createFolder(here + "/a/b/c"));
+    EXPECT_TRUE(files.createFolder(here + "/a/b/"));
+    EXPECT_TRUE(files.folderExists(here + "/a/b/c"));
+    world->addFile(here + "/file", "text");
+    world->addLink(here + "/dangling", "nowhere");
+    world->addLink(here + "/link", "a");
+    EXPECT_FALSE(files.createFolder(here + "/file"));
+    EXPECT_FALSE(files.createFolder(here + "/file/inside"));
+    EXPECT_FALSE(files.createFolder(here + "/dangling"));
+    EXPECT_TRUE(files.createFolder(here + "/link"));
+    EXPECT_EQ(world->textAt(here + "/link"), "a");
+}
+
+TEST_P(FileManagerContract, ListsHiddenNamesAndFailsWithoutAFolder) {
+    world->addFile(here + "/folder/.hidden", "");
+    world->addFile(here + "/folder/shown", "");
+    EXPECT_EQ(namesIn(here + "/folder"), (Names{".hidden", "shown"}));
+    EXPECT_FALSE(files.contentsOfFolder(here + "/missing"));
+    EXPECT_FALSE(files.contentsOfFolder(here + "/folder/shown"));
+}
+
+TEST_P(FileManagerContract, RemovesTreesButNothingBehindALink) {
+    world->addFile(here + "/kept", "kept");
+    world->addFile(there + "/kept", "kept");
+    world->addFile(here + "/folder/inner/file", "text");
+    world->addLink(here + "/folder/out", there);
+    world->addLink(here + "/link", "kept");
+    EXPECT_TRUE(files.removeItem(here + "/folder/"));
+    EXPECT_TRUE(files.removeItem(here + "/link"));
+    EXPECT_FALSE(files.removeItem(here + "/missing"));
+    EXPECT_EQ(namesIn(here), (Names{"configuration", "kept"}));
+    EXPECT_EQ(namesIn(there), (Names{"kept"}));
+}
+
+TEST_P(FileManagerContract, NeverRemovesTheHomeFolderOrTheRoot) {
+    const std::string home = files.homeFolder();
+    world->addFile(here + "/kept", "kept");
+    world->addLink(home + "/root", "/");
+    for (const std::string& path : {std::string{"/"}, home, home + "//", home + "/here/.."})
+        EXPECT_FALSE(files.removeItem(path)) << path;
+    EXPECT_EQ(world->textAt(here + "/kept"), "kept");
+}
+
+INSTANTIATE_TEST_SUITE_P(Over, FileManagerContract, testing::Values("Fake", "PosixWithin", "PosixAcross"),
+                         [](const auto& world) { return world.param; });
+
+} // namespace letterloft
