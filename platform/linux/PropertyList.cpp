@@ -42,21 +42,14 @@ std::uint64_t keysBelow(plist_t node, bool fromXml) {
     return keys;
 }
 
-bool sameBytes(const char* a, std::uint64_t lengthOfA, const char* b, std::uint64_t lengthOfB) {
-    return lengthOfA == lengthOfB && (lengthOfA == 0 || std::memcmp(a, b, lengthOfA) == 0);
+std::string_view bytesOf(plist_t node) {
+    std::uint64_t length = 0;
+    const char* bytes = PLIST_IS_STRING(node) ? plist_get_string_ptr(node, &length) : plist_get_data_ptr(node, &length);
+    return bytes ? std::string_view{bytes, length} : std::string_view{};
 }
 
 bool sameScalar(plist_t a, plist_t b) {
-    std::uint64_t lengthOfA = 0;
-    std::uint64_t lengthOfB = 0;
-    if (PLIST_IS_STRING(a)) {
-        const char* text = plist_get_string_ptr(a, &lengthOfA);
-        return sameBytes(text, lengthOfA, plist_get_string_ptr(b, &lengthOfB), lengthOfB);
-    }
-    if (PLIST_IS_DATA(a)) {
-        const char* data = plist_get_data_ptr(a, &lengthOfA);
-        return sameBytes(data, lengthOfA, plist_get_data_ptr(b, &lengthOfB), lengthOfB);
-    }
+    if (PLIST_IS_STRING(a) || PLIST_IS_DATA(a)) return bytesOf(a) == bytesOf(b);
     if (PLIST_IS_REAL(a)) {
         double left = 0;
         double right = 0;

@@ -1,0 +1,105 @@
+#include "platform/linux/PlistSettingsStore.h"
+
+#include "storage/Text.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+namespace letterloft {
+
+namespace {
+
+std::optional<std::string> textOf(plist_t node) {
+    if (!PLIST_IS_STRING(node)) return std::nullopt;
+    std::uint64_t length = 0;
+    const char* text = plist_get_string_ptr(node, &length);
+    return std::string{text, length};
+}
+
+plist_t valueAt(const PropertyList& values, const std::string& key) {
+    const bool holdsNul = key.find('\0') != std::string::npos; // libplist would look for what stands before it
+    return holdsNul ? nullptr : plist_dict_get_item(values.get(), key.c_str());
+}
+
+} // namespace
+
+Result<std::unique_ptr<PlistSettingsStore>> PlistSettingsStore::load(const std::string& path, FileSystemCalls& calls,
+                                                                     Log& log, MakeMovesDurable makeMovesDurable) {
+    SettingsFile file{path, calls};
+    Result<PropertyList> values = file.read();
+    if (!values) return values.status();
+    return std::unique_ptr<PlistSettingsStore>{
+        new PlistSettingsStore{std::move(*values), std::move(file), log, std::move(makeMovesDurable)}};
+}
+
+PlistSettingsStore::PlistSettingsStore(PropertyList values, SettingsFile file, Log& log,
+                                       MakeMovesDurable makeMovesDurable)
+    : values_{std::move(values)}, file_{std::move(file)}, log_{log}, makeMovesDurable_{std::move(makeMovesDurable)} {}
+
+bool PlistSettingsStore::hasValue(const std::string& key) const { return valueAt(values_, key) != nullptr; }
+
+std::optional<std::string> PlistSettingsStore::text(const std::string& key) const {
+    return textOf(valueAt(values_, key));
+}
+
+std::vector<std::string> PlistSettingsStore::list(const std::string& key) const {
+    std::vector<std::string> texts;
+    plist_t list = valueAt(values_, key);
+    if (!PLIST_IS_ARRAY(list)) return texts;
+    PropertyListEntries entries{list};
+    for (auto entry = entries.next(); entry.value; entry = entries.next()) {
+        if (auto text = textOf(entry.value)) texts.push_back(std::move(*text));
+    }
+    return texts;
+}
+
+void PlistSettingsStore::setText(const std::string& key, const std::string& value) {
+    if (!canStore(key, {value}) || text(key) == value) return;
+    plist_dict_set_item(values_.get(), key.c_str(), plist_new_string(value.c_str()));
+    changed_ = true;
+}
+
+void PlistSettingsStore::setList(const std::string& key, const std::vector<std::string>& texts) {
+    if (!canStore(key, texts)) return;
+    plist_t former = valueAt(values_, key);
+    if (PLIST_IS_ARRAY(former) && plist_array_get_size(former) == texts.size() && list(key) == texts) return;
+    plist_t array = plist_new_array();
+    for (const std::string& text : texts)
+        plist_array_append_item(array, plist_new_string(text.c_str()));
+    plist_dict_set_item(values_.get(), key.c_str(), array);
+    changed_ = true;
+}
+
+void PlistSettingsStore::removeValue(const std::string& key) {
+    if (!hasValue(key)) return;
+    plist_dict_remove_item(values_.get(), key.c_str());
+    changed_ = true;
+}
+
+// The moves first: no setting on the disk may be newer than the moves it speaks of.
+Status PlistSettingsStore::synchronize() {
+    Status status = makeMovesDurable_();
+    if (status && changed_) status = save();
+    if (!status) {
+        log_.write(filledForLog("The settings could not be saved to \"%@\": %@", {file_.path(), status.sentence()}));
+    }
+    return status;
+}
+
+Status PlistSettingsStore::save() {
+    const Result<std::string> bytes = propertyListBytes(values_);
+    if (!bytes) return bytes.status();
+    Status status = file_.replace(*bytes, log_);
+    if (status) changed_ = false;
+    return status;
+}
+
+bool PlistSettingsStore::canStore(const std::string& key, const std::vector<std::string>& texts) const {
+    const auto holdsNul = [](const std::string& text) { return text.find('\0') != std::string::npos; };
+    if (!holdsNul(key) && std::none_of(texts.begin(), texts.end(), holdsNul)) return true;
+    log_.write(filledForLog("The setting \"%@\" was left as it is: its new value holds a NUL character.", {key}));
+    return false;
+}
+
+} // namespace letterloft

@@ -1,0 +1,6 @@
+letterloft_test(settings-test
+    SOURCES
+        ${CMAKE_CURRENT_LIST_DIR}/SettingsContractTest.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/SettingsFileTest.cpp
+    LIBRARIES letterloft_linux
+    LABELS contract)
