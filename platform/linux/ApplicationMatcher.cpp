@@ -193,6 +193,11 @@ bool ApplicationMatcher::isFullyTold() const {
     });
 }
 
+bool ApplicationMatcher::isGuest() const {
+    return std::any_of(programs_.begin(), programs_.end(),
+                       [](const auto& program) { return program.kind == Kind::webApp; });
+}
+
 bool ApplicationMatcher::startsTheSame(const ApplicationEntry& other) const {
     return !other.command.empty() && other.command == entry_.command;
 }

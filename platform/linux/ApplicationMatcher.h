@@ -32,6 +32,9 @@ public:
     // windows give away.
     bool isFullyTold() const;
 
+    // Whether it is something that another program, a browser, shows in a window of its own.
+    bool isGuest() const;
+
     // Whether `other` would start the very same thing, as a copy of the entry in another folder does.
     bool startsTheSame(const ApplicationEntry& other) const;
 
