@@ -18,7 +18,6 @@ public:
         std::string name;
         bool refuses = false; // stays, though asked, until the test ends it
         int eventsBefore = 0; // how many other events come between the request and the end
-        bool wasAsked = false;
         bool hasEnded = false;
     };
 
@@ -33,6 +32,7 @@ public:
     }
 
     void end(Instance& instance) {
+        if (instance.hasEnded) return;
         instance.hasEnded = true;
         history.push_back("end " + instance.name);
     }
@@ -55,8 +55,8 @@ private:
             : owner_{owner}, instance_{std::move(instance)} {}
 
         void terminate() override {
-            assert(!instance_->wasAsked); // once for each instance
-            instance_->wasAsked = true;
+            assert(!wasAsked_); // once for each one handed out
+            wasAsked_ = true;
             owner_.history.push_back("ask " + instance_->name);
             if (!instance_->refuses) owner_.endLater(instance_, instance_->eventsBefore);
         }
@@ -66,6 +66,7 @@ private:
     private:
         FakeRunningApplications& owner_;
         std::shared_ptr<Instance> instance_;
+        bool wasAsked_ = false;
     };
 
     void endLater(const std::shared_ptr<Instance>& instance, int eventsBefore) {

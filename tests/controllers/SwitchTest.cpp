@@ -1,0 +1,241 @@
+#include "tests/controllers/World.h"
+
+namespace letterloft {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string mail = "/Applications/Mail.app";
+const std::string draw = "/usr/share/applications/draw.desktop";
+
+// A is current with live mail; B has mail parked.
+World& withMail(World& world) {
+    world.manage(mail, {mailFolder, home + "/.mailrc"});
+    world.files.addFile(mailFolder + "/inbox", "A's inbox");
+    world.files.addFile(home + "/.mailrc", "A's settings");
+    world.files.addFile(support + "/B/Mail/inbox", "B's inbox");
+    return world.start();
+}
+
+TEST(Switch, ParksRestoresRecordsAndLaunches) {
+    World world{{"A", "B"}};
+    world.settings.setList("Autostart Apps", {draw, "/gone", draw});
+    world.launcher.refused = {"/gone"};
+    withMail(world);
+    ASSERT_TRUE(world.menu.choose("B"));
+    EXPECT_EQ(world.textAt(support + "/A/Mail/inbox"), "A's inbox");
+    EXPECT_EQ(world.textAt(support + "/A/.mailrc"), "A's settings");
+    EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "B's inbox");
+    EXPECT_FALSE(world.files.fileExists(home + "/.mailrc")); // B had none
+    EXPECT_FALSE(world.files.fileExists(support + "/B/Mail"));
+    EXPECT_EQ(world.currentUser(), "B");
+    EXPECT_TRUE(world.isSaved());
+    EXPECT_THAT(world.launcher.asked, ElementsAre(draw, "/gone", draw));
+    EXPECT_THAT(world.log.lines, ElementsAre("ERROR LAUNCHING /gone"));
+    EXPECT_THAT(world.accountRows(), ElementsAre("B [mailbox] !", "A"));
+    EXPECT_THAT(world.notifications.posts, IsEmpty());
+
+    ASSERT_TRUE(world.menu.choose("A"));
+    EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "A's inbox");
+    EXPECT_EQ(world.textAt(home + "/.mailrc"), "A's settings");
+}
+
+TEST(Switch, MovesALinkAndSkipsADanglingOne) {
+    World world{{"A", "B"}};
+    world.manage(mail, {home + "/link", home + "/dangling"});
+    world.files.addFolder("/disk/mail");
+    world.files.addLink(home + "/link", "/disk/mail");
+    world.files.addLink(home + "/dangling", "/nowhere");
+    world.start().menu.choose("B");
+    EXPECT_EQ(world.textAt(support + "/A/link"), "/disk/mail");
+    EXPECT_EQ(world.textAt(home + "/dangling"), "/nowhere");
+    EXPECT_THAT(world.log.lines, IsEmpty());
+}
+
+TEST(Switch, LeavesTheSecondOfTwoItemsThatEndAlike) {
+    World world{{"A", "B"}};
+    world.manage(mail, {"/x/Mail", "/y/Mail"});
+    world.files.addFile("/x/Mail", "x");
+    world.files.addFile("/y/Mail", "y");
+    world.start().menu.choose("B");
+    EXPECT_EQ(world.textAt(support + "/A/Mail"), "x");
+    EXPECT_EQ(world.textAt("/y/Mail"), "y");
+    ASSERT_EQ(world.log.lines.size(), 1u);
+    EXPECT_THAT(world.log.lines[0],
+                testing::StartsWith("There was an error moving the file at /y/Mail to " + support + "/A:\nCan't move"));
+    world.menu.choose("A");
+    EXPECT_EQ(world.textAt("/x/Mail"), "x");
+    // y was parked for B, whose place it took meanwhile.
+    EXPECT_EQ(world.textAt(support + "/B/Mail"), "y");
+}
+
+TEST(Switch, NamesTheFolderOfTheAccountWhenAnItemCantReturn) {
+    World world{{"A", "B"}};
+    withMail(world);
+    world.files.addFolder(support + "/A/Mail"); // in the way of parking, so the live place stays taken
+    world.menu.choose("B");
+    ASSERT_EQ(world.log.lines.size(), 2u);
+    EXPECT_THAT(world.log.lines[0], testing::StartsWith("There was an error moving the file at " + mailFolder + " to " +
+                                                        support + "/A:\n"));
+    EXPECT_THAT(world.log.lines[1], testing::StartsWith("There was an error moving the file at " + support + "/B to " +
+                                                        mailFolder + ":\n"));
+    EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "A's inbox");
+    EXPECT_EQ(world.textAt(support + "/B/Mail/inbox"), "B's inbox");
+    EXPECT_EQ(world.currentUser(), "B");
+}
+
+TEST(Switch, RefusesNamesThatAreNoAccounts) {
+    struct Case {
+        Texts accounts;
+        const char* current;
+        Texts refused;
+    };
+    for (const Case& c : {Case{{"A", "C"}, "A", {"B"}}, Case{{"B"}, "A", {"A"}}, Case{{}, "A", {"A", "B"}},
+                          Case{{"a", "b"}, "A", {"A", "B"}}, Case{{"B"}, nullptr, {"(null)"}}}) {
+        World world{{"A", "B"}};
+        withMail(world);
+        world.settings.setList("Accounts", c.accounts);
+        c.current ? world.settings.setText("Current User", c.current) : world.settings.removeValue("Current User");
+        const auto before = std::pair{world.files.tree, world.settings.values};
+        ASSERT_TRUE(world.menu.choose("B"));
+        Texts lines;
+        for (const std::string& name : c.refused)
+            lines.push_back("Error!  " + name + " is not a valid user!");
+        EXPECT_EQ(world.log.lines, lines);
+        EXPECT_EQ(std::pair(world.files.tree, world.settings.values), before);
+        EXPECT_THAT(world.running.history, IsEmpty());
+    }
+}
+
+TEST(Switch, RefusesASenderThatIsNoMenuItem) {
+    World world{{"A", "B"}};
+    withMail(world);
+    FakeControl button;
+    world.menuLet.switchAccounts(&button);
+    world.menuLet.switchAccounts(nullptr);
+    EXPECT_THAT(world.log.lines, ElementsAre("ERROR! Sender button  is not an NSMenuItem!",
+                                             "ERROR! Sender (null)  is not an NSMenuItem!"));
+    EXPECT_EQ(world.currentUser(), "A");
+}
+
+TEST(Quitting, AwaitsEachInstanceBeforeTheNextIsAsked) {
+    World world{{"A", "B"}};
+    withMail(world);
+    world.manage(draw, {});
+    world.running.start(mail, "m1")->eventsBefore = 2;
+    world.running.start(mail, "m2");
+    world.running.start(draw, "d");
+    world.running.start("/unmanaged", "u");
+    world.menu.choose("B");
+    EXPECT_THAT(world.running.history, ElementsAre("look for " + mail, "ask m1", "end m1", "ask m2", "end m2",
+                                                   "look for " + draw, "ask d", "end d"));
+}
+
+TEST(Quitting, WaitsWithoutLimitAndMovesNothingMeanwhile) {
+    World world{{"A", "B"}};
+    withMail(world);
+    const auto instance = world.running.start(mail, "m");
+    instance->refuses = true;
+    for (int slice = 0; slice < 500; ++slice)
+        world.runLoop.events.push_back([&] { EXPECT_EQ(world.files.operations, 0); });
+    world.runLoop.events.push_back([&] { world.running.end(*instance); });
+    world.menu.choose("B");
+    EXPECT_EQ(world.runLoop.slices, 501);
+    EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "B's inbox");
+}
+
+TEST(Quitting, GoesOnWhenNothingCanBeWaitedFor) {
+    World world{{"A", "B"}};
+    withMail(world);
+    world.running.start(mail, "m")->refuses = true;
+    world.runLoop.hasSources = false;
+    world.menu.choose("B");
+    EXPECT_EQ(world.currentUser(), "B");
+}
+
+TEST(TheEndOfTheProgram, DuringTheWaitLeavesEverything) {
+    World world{{"A", "B"}};
+    withMail(world);
+    world.running.start(mail, "m")->refuses = true;
+    world.runLoop.events.push_back([&] { world.application.terminate(); });
+    const auto before = world.files.tree;
+    EXPECT_THROW(world.menu.choose("B"), ProgramEnded);
+    EXPECT_EQ(world.files.tree, before);
+    EXPECT_EQ(world.currentUser(), "A");
+}
+
+TEST(TheEndOfTheProgram, DuringTheMovesWaitsForTheRecordAndLaunchesNothing) {
+    World world{{"A", "B"}};
+    world.settings.setList("Autostart Apps", {draw});
+    withMail(world);
+    world.application.isAskedToEnd = true;
+    EXPECT_THROW(world.menu.choose("B"), ProgramEnded);
+    EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "B's inbox");
+    EXPECT_EQ(world.currentUser(), "B");
+    EXPECT_TRUE(world.isSaved());
+    EXPECT_THAT(world.launcher.asked, IsEmpty());
+}
+
+// What happens nested in the wait for "m", which ends after it.
+void chooseBWith(World& world, const std::function<void()>& nested) {
+    world.runLoop.events.push_back(nested);
+    world.running.start(mail, "m");
+    ASSERT_TRUE(world.menu.choose("B"));
+}
+
+TEST(NestedInTheWait, ListsOfItemsAreReadAnewButNotApps) {
+    World world{{"A", "B"}};
+    withMail(world);
+    world.files.addFile("/late", "late");
+    world.files.addFile("/never", "never");
+    chooseBWith(world, [&] {
+        world.settings.setList(mail, {"/late"});
+        world.manage(draw, {"/never"});
+    });
+    EXPECT_EQ(world.textAt(support + "/A/late"), "late");
+    EXPECT_EQ(world.textAt("/never"), "never");
+    EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "A's inbox");
+}
+
+TEST(NestedInTheWait, TheChosenAccountMayBeDeletedAndItsItemGo) {
+    World world{{"A", "B", "C"}};
+    withMail(world);
+    world.openManager();
+    chooseBWith(world, [&] {
+        world.table().select(1);
+        world.press("removeAccount:");
+        world.window().press("OK");
+        world.window().close(); // takes the item whose action is running out of the menu
+    });
+    EXPECT_THAT(world.accounts(), ElementsAre("A", "C"));
+    EXPECT_EQ(world.textAt(support + "/OldData/B/20110305-09.07.3/Account/Mail/inbox"), "B's inbox");
+    EXPECT_EQ(world.textAt(support + "/A/Mail/inbox"), "A's inbox");
+    EXPECT_EQ(world.currentUser(), "B");
+}
+
+TEST(NestedInTheWait, ARenamedCurrentAccountStopsItsItemsFromMoving) {
+    World world{{"A", "B"}};
+    withMail(world);
+    world.openManager();
+    chooseBWith(world, [&] {
+        world.table().beginEditing(0);
+        EXPECT_TRUE(world.table().commit(std::string{"Z"}));
+    });
+    EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "A's inbox"); // the folder A is no longer there to take it
+    EXPECT_EQ(world.textAt(support + "/B/Mail/inbox"), "B's inbox");
+    EXPECT_EQ(world.currentUser(), "B");
+}
+
+TEST(NestedInTheWait, ASecondSwitchLosesNothing) {
+    World world{{"A", "B", "C"}};
+    withMail(world);
+    world.files.addFile(support + "/C/Mail/inbox", "C's inbox");
+    const auto before = world.files.allContents();
+    chooseBWith(world, [&] { world.menu.choose("C"); });
+    EXPECT_EQ(world.files.allContents(), before);
+    EXPECT_EQ(world.currentUser(), "B");
+}
+
+} // namespace
+} // namespace letterloft
