@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,6 +22,7 @@ Started::Started(const std::vector<std::string>& command) {
     arguments.push_back(nullptr);
     pid_ = fork();
     if (pid_ == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // also when the test is cut off
         dup2(input[0], STDIN_FILENO);
         dup2(output[1], STDOUT_FILENO);
         execvp(arguments.front(), arguments.data());

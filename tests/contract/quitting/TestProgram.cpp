@@ -10,6 +10,8 @@
 // name                                     it owns ID as its well-known name
 // no-quit | quit-disabled                  it lists no such action, or one that can't be used
 //
+// report=FIFO                              writes there instead, and first how it was launched
+//
 // SIGUSR1 agrees to the question that stands, SIGUSR2 refuses it.
 #include <csignal>
 #include <cstdio>
@@ -30,6 +32,26 @@ namespace {
 void say(const std::string& line) {
     std::puts(line.c_str());
     std::fflush(stdout);
+}
+
+// How a launched program finds itself: descriptors, session, arguments, the desktop's launch mark.
+void report(const std::string& fifo, const std::vector<std::string>& arguments) {
+    std::vector<std::string> lines = {"pid " + std::to_string(getpid())};
+    for (int descriptor = 0; descriptor < 256; ++descriptor) {
+        const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+        char target[256] = {};
+        if (readlink(link.c_str(), target, sizeof target - 1) > 0) {
+            lines.push_back("descriptor " + std::to_string(descriptor) + " " + target);
+        }
+    }
+    lines.push_back(getsid(0) == getpid() ? "session own" : "session shared");
+    const char* mark = std::getenv("GIO_LAUNCHED_DESKTOP_FILE_PID");
+    lines.push_back(std::string{"mark "} + (mark == nullptr ? "none" : mark));
+    for (const std::string& argument : arguments)
+        lines.push_back("argument " + argument);
+    if (std::freopen(fifo.c_str(), "w", stdout) == nullptr) std::exit(5);
+    for (const std::string& line : lines)
+        say(line);
 }
 
 class Program {
@@ -96,7 +118,7 @@ private:
                              const void* data) {
             xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window, property, type, format, size, data);
         };
-        set(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, 10, "main\0Tester");
+        set(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, 12, "main\0Tester");
         const pid_t nobody = 1; // as a program in a container tells its own number there
         set(atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &nobody);
         if (!has("no-delete")) set(protocols_, XCB_ATOM_ATOM, 32, 1, &deleteWindow_);
@@ -125,6 +147,7 @@ private:
             g_signal_connect(quit, "activate", G_CALLBACK(&Program::quitActivated), this);
             g_action_map_add_action(G_ACTION_MAP(application_), G_ACTION(quit));
         }
+        g_signal_connect(application_, "activate", G_CALLBACK(&Program::activated), nullptr);
         if (g_application_register(application_, nullptr, nullptr) == FALSE) std::exit(4);
         for (const xcb_window_t window : windows_) {
             const char* name = g_dbus_connection_get_unique_name(g_application_get_dbus_connection(application_));
@@ -194,6 +217,8 @@ private:
         return G_SOURCE_CONTINUE;
     }
 
+    static void activated(GApplication* /*application*/, gpointer /*data*/) { say("activated"); }
+
     static void quitActivated(GSimpleAction* /*action*/, GVariant* /*parameter*/, gpointer data) {
         auto* self = static_cast<Program*>(data);
         say("quit");
@@ -228,10 +253,12 @@ private:
 
 int main(int count, char** arguments) {
     std::map<std::string, std::string> options;
+    const std::vector<std::string> all{arguments + 1, arguments + count};
     for (int i = 1; i < count; ++i) {
         const std::string argument = arguments[i];
         const std::size_t equals = std::min(argument.find('='), argument.size());
         options[argument.substr(0, equals)] = argument.substr(std::min(equals + 1, argument.size()));
     }
+    if (options.count("report") != 0) report(options.at("report"), all);
     _exit(Program{std::move(options)}.run()); // what it holds ends with it
 }

@@ -8,6 +8,14 @@ letterloft_test(quitting-test
         ${CMAKE_CURRENT_LIST_DIR}/QuittingTest.cpp
     LIBRARIES letterloft_linux
     LABELS contract)
-target_compile_definitions(quitting-test PRIVATE
-    LETTERLOFT_TEST_PROGRAM="$<TARGET_FILE:letterloft-quitting-program>")
-add_dependencies(quitting-test letterloft-quitting-program)
+letterloft_test(launching-test
+    SOURCES
+        ${CMAKE_CURRENT_LIST_DIR}/Desktop.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/LaunchingTest.cpp
+    LIBRARIES letterloft_linux
+    LABELS contract)
+
+foreach(test quitting-test launching-test)
+    target_compile_definitions(${test} PRIVATE LETTERLOFT_TEST_PROGRAM="$<TARGET_FILE:letterloft-quitting-program>")
+    add_dependencies(${test} letterloft-quitting-program)
+endforeach()
