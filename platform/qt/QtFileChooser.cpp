@@ -1,6 +1,8 @@
 #include "platform/qt/QtFileChooser.h"
 
+#include "platform/qt/QtCellDelegate.h"
 #include "platform/qt/QtText.h"
+#include "storage/Text.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -8,12 +10,23 @@
 #include <QHeaderView>
 #include <QVBoxLayout>
 
+#include <filesystem>
+
 namespace letterloft {
 
 namespace {
 
 // Bytes that are no UTF-8 reach us as U+FFFD, so a name that holds one can't be told from another.
 bool canBeStored(const QString& path) { return !path.contains(QChar::ReplacementCharacter); }
+
+// Whether Qt leaves an entry out of its listing because its name is no UTF-8 (Qt 6.4).
+bool leavesOutEntries(const QString& folder) {
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry{fromQt(folder), error}, end; !error && entry != end;
+         entry.increment(error))
+        if (!isUtf8(entry->path().filename().native())) return true;
+    return false;
+}
 
 QLabel* plainLabel(const QString& text) {
     auto* const label = new QLabel;
@@ -35,6 +48,7 @@ QtFileChooser::QtFileChooser(const Wanted& wanted)
     model_.setFilter(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     model_.setResolveSymlinks(false);
     model_.setReadOnly(true);
+    model_.setIconProvider(&icons_);
     model_.setRootPath(QStringLiteral("/"));
     entries_->setModel(&model_);
     layOut(wanted);
@@ -58,7 +72,10 @@ void QtFileChooser::layOut(const Wanted& wanted) {
     entries_->setSortingEnabled(true);
     entries_->sortByColumn(0, Qt::AscendingOrder);
     entries_->setTextElideMode(Qt::ElideMiddle);
-    entries_->header()->resizeSection(0, 24 * entries_->fontMetrics().averageCharWidth() * 2);
+    new QtCellDelegate{*entries_}; // owned by the view
+    entries_->header()->setStretchLastSection(false);
+    entries_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    entries_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     up_->setAutoDefault(false);
     problem_->hide();
     auto* const buttons = new QDialogButtonBox;
@@ -74,7 +91,7 @@ void QtFileChooser::layOut(const Wanted& wanted) {
     column->addWidget(entries_, 1);
     column->addWidget(problem_);
     column->addWidget(buttons);
-    resize(sizeHint().expandedTo({640, 420}));
+    resize(sizeHint().expandedTo({720, 440}));
 }
 
 void QtFileChooser::wire() {
@@ -90,15 +107,23 @@ void QtFileChooser::showFolder(const QString& folder) {
     if (!index.isValid()) return;
     entries_->setRootIndex(index);
     entries_->selectionModel()->clear();
+    problem_->hide();
     location_->setText(folder);
     updateConfirm();
+    if (leavesOutEntries(folder))
+        tell(tr("Some entries of this folder are not listed: their names are not valid UTF-8 text, so they can't be "
+                "managed."));
+}
+
+void QtFileChooser::tell(const QString& problem) {
+    problem_->setText(problem);
+    problem_->show();
 }
 
 void QtFileChooser::goToTypedFolder() {
     const QFileInfo typed{QDir::cleanPath(location_->text())};
     if (typed.isAbsolute() && typed.isDir()) return showFolder(typed.filePath());
-    problem_->setText(tr("There is no folder %1.").arg(location_->text()));
-    problem_->show();
+    tell(tr("There is no folder %1.").arg(location_->text()));
 }
 
 void QtFileChooser::activate(const QModelIndex& entry) {
@@ -112,18 +137,14 @@ void QtFileChooser::activate(const QModelIndex& entry) {
 void QtFileChooser::accept() {
     const QString path = selectedPath();
     if (path.isEmpty() || !confirm_->isEnabled()) return;
-    if (!canBeStored(path)) {
-        problem_->setText(tr("%1 can't be managed, because its name is not valid UTF-8 text.").arg(path));
-        problem_->show();
-        return;
-    }
+    if (!canBeStored(path)) return tell(tr("%1 can't be managed, because its name is not valid UTF-8 text.").arg(path));
     chosen_ = path;
     QDialog::accept();
 }
 
 void QtFileChooser::updateConfirm() {
-    problem_->hide();
     const QString path = selectedPath();
+    if (!path.isEmpty()) problem_->hide();
     confirm_->setEnabled(!path.isEmpty() && canChoose_(QFileInfo{path}));
 }
 

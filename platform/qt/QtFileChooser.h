@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QFileIconProvider>
 #include <QFileSystemModel>
 #include <QLabel>
 #include <QLineEdit>
@@ -12,7 +13,8 @@
 namespace letterloft {
 
 // Chooses one entry of a folder: a file, a folder, or either, which Qt's own file dialogs don't offer in one panel.
-// Shows hidden entries and dangling links. A link is chosen as itself.
+// Shows hidden entries and dangling links. A link is chosen as itself. Names that are no UTF-8 can't be shown or
+// chosen; the dialog says so.
 class QtFileChooser final : public QDialog {
 public:
     struct Wanted {
@@ -29,7 +31,7 @@ public:
     // Absolute; empty until the dialog was accepted.
     QString chosen() const { return chosen_; }
 
-    // Only if the entry can be named in UTF-8; otherwise the dialog stays and says why.
+    // Stays, and says why, if the path can't be told in UTF-8.
     void accept() override;
 
 private:
@@ -39,9 +41,11 @@ private:
     void goToTypedFolder();
     void activate(const QModelIndex& entry);
     void updateConfirm();
+    void tell(const QString& problem);
     QString selectedPath() const;
 
     std::function<bool(const QFileInfo&)> canChoose_;
+    QFileIconProvider icons_; // outlives the model
     QFileSystemModel model_;
     QLineEdit* location_;
     QPushButton* up_;
