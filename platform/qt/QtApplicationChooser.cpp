@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -18,6 +19,20 @@ namespace letterloft {
 namespace {
 
 constexpr int pathRole = Qt::UserRole;
+
+// Gives every icon the same room, also those that are smaller than asked for.
+class AlignedIcons final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        const QSize room = option->decorationSize;
+        QStyledItemDelegate::initStyleOption(option, index);
+        option->decorationSize = room;
+        option->decorationAlignment = Qt::AlignCenter;
+    }
+};
 
 QIcon iconOf(const std::string& icon) {
     const QIcon unknown = QIcon::fromTheme(QStringLiteral("application-x-executable"));
@@ -57,6 +72,7 @@ void QtApplicationChooser::layOut() {
     search_->setAccessibleName(tr("Search applications"));
     search_->setClearButtonEnabled(true);
     list_->setAccessibleName(tr("Installed applications"));
+    list_->setItemDelegate(new AlignedIcons{list_});
     list_->setIconSize({24, 24});
     list_->setUniformItemSizes(true);
     auto* const buttons = new QDialogButtonBox;

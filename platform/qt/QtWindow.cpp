@@ -20,12 +20,19 @@ QtWindow::~QtWindow() {
 }
 
 void QtWindow::makeKeyAndOrderFront() {
-    if (!shownBefore_) fitToScreen();
-    shownBefore_ = true;
+    // A sheet that was there before the window is shown anew behind it, or it would be covered, and without the focus.
+    const bool sheetWaits = sheet_ && !widget_->isVisible();
+    if (sheetWaits) sheet_->hide();
+    if (!placeBefore_)
+        fitToScreen();
+    else if (!widget_->isVisible())
+        widget_->move(*placeBefore_); // window managers place a window anew otherwise
+    placeBefore_ = widget_->pos();
     widget_->setWindowState(widget_->windowState() & ~Qt::WindowMinimized);
-    QWidget* const front = sheet_ ? static_cast<QWidget*>(sheet_) : widget_.get();
     widget_->show();
     widget_->raise();
+    if (sheetWaits) sheet_->show();
+    QWidget* const front = sheet_ ? static_cast<QWidget*>(sheet_) : widget_.get();
     front->raise();
     front->activateWindow();
 }
@@ -72,6 +79,7 @@ bool QtWindow::eventFilter(QObject* watched, QEvent* event) {
 
 void QtWindow::prepareToClose() {
     closing_ = true;
+    if (widget_->isVisible()) placeBefore_ = widget_->pos();
     for (const auto& handler : beforeClosing_)
         handler();
     endSheet();

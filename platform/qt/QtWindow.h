@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace letterloft {
@@ -44,7 +45,7 @@ private:
     NotificationCenter& notifications_;
     std::vector<std::function<void()>> beforeClosing_;
     QPointer<QDialog> sheet_;
-    bool shownBefore_ = false;
+    std::optional<QPoint> placeBefore_; // once it has been shown
     bool closing_ = false;
     bool ending_ = false;
 };
