@@ -1,0 +1,17 @@
+#include "platform/qt/QtImageResources.h"
+
+#include "platform/qt/QtImage.h"
+#include "platform/qt/QtText.h"
+
+#include <QFile>
+
+namespace letterloft {
+
+std::shared_ptr<const Image> QtImageResources::imageNamed(const std::string& name) const {
+    if (const auto known = loaded_.find(name); known != loaded_.end()) return known->second;
+    const QString file = QStringLiteral(":/images/%1.svg").arg(toQt(name));
+    if (!QFile::exists(file)) return nullptr;
+    return loaded_[name] = std::make_shared<QtImage>(QIcon{file});
+}
+
+} // namespace letterloft

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/Image.h"
+
+#include <map>
+
+namespace letterloft {
+
+// The images compiled into the program, with the status item's also known to the desktop's icon theme where they have
+// been installed: a panel recolours those it finds by name.
+class QtImageResources final : public ImageResources {
+public:
+    std::shared_ptr<const Image> imageNamed(const std::string& name) const override;
+
+private:
+    // An image that is asked for again is the same one, so that a menu can tell that a row has not changed.
+    mutable std::map<std::string, std::shared_ptr<const Image>> loaded_;
+};
+
+} // namespace letterloft
