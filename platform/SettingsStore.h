@@ -31,7 +31,7 @@ public:
     virtual void removeValue(const std::string& key) = 0;
 
     // Makes all that was written durable, after every file move that ended before it. On a failure the file holds its
-    // old contents whole, and the next call tries again.
+    // old contents, or already the new ones, but always one of them whole, and the next call tries again.
     virtual Status synchronize() = 0;
 };
 

@@ -96,7 +96,8 @@ Result<std::string> SettingsFile::target() const {
     for (int links = 0; links < 40; ++links) {
         std::array<char, PATH_MAX> text{};
         const ssize_t length = calls_->readlinkat(AT_FDCWD, path.c_str(), text.data(), text.size());
-        if (length < 0) return path; // no link, or nothing that could be looked at: what comes next says so
+        if (length < 0 && (errno == EINVAL || errno == ENOENT || errno == ENOTDIR)) return path; // no link
+        if (length < 0) return Status::failure("can't be read: " + systemReason(errno));
         const std::string link{text.data(), static_cast<std::size_t>(length)};
         path = link.starts_with('/') ? link : parentFolder(path) + "/" + link;
     }

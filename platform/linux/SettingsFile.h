@@ -24,8 +24,9 @@ public:
     Result<PropertyList> read() const;
 
     // Afterwards the bytes are durable under the file's name, with mode 0600, and the generation before them stands
-    // beside it. Creates the folders above it with mode 0700. On a failure the file holds what it held; the sentence
-    // is the reason. That the previous generation could not be kept is no failure, but is logged.
+    // beside it. Creates the folders above it with mode 0700. On a failure the file holds what it held, or, if only the
+    // last sync failed, the bytes; the sentence is the reason. That the previous generation could not be kept is no
+    // failure, but is logged.
     Status replace(const std::string& bytes, Log& log) const;
 
 private:

@@ -8,14 +8,18 @@
 #include <iterator>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace letterloft {
 
-// A folder of a test's own, which goes with it.
+// A folder of a test's own, which goes with it; in memory where that can be, because a settings write waits for the
+// disk.
 class ScratchFolder final {
 public:
     ScratchFolder() {
-        std::string name = std::filesystem::temp_directory_path() / "letterloft-settings-XXXXXX";
+        const std::filesystem::path memory = "/dev/shm";
+        const bool inMemory = access(memory.c_str(), W_OK) == 0;
+        std::string name = (inMemory ? memory : std::filesystem::temp_directory_path()) / "letterloft-settings-XXXXXX";
         path_ = mkdtemp(name.data());
     }
     ~ScratchFolder() { std::filesystem::remove_all(path_); }
