@@ -78,9 +78,13 @@ bool QuitRequest::askOnBus(const std::vector<pid_t>& pids, const Windows& window
 // Newest first: closing a program's main window before the one with the unsaved text may drop the text. A dialog is
 // left to the window it belongs to, and whatever does not take the request is never closed: that would be a kill.
 bool QuitRequest::askNextWindow(const Windows& windows) {
+    const bool anyMainWindow = std::any_of(windows.begin(), windows.end(), [](const XWindows::Window& window) {
+        return window.takesDeleteRequest && !window.isDialog;
+    });
     const auto next = std::find_if(windows.rbegin(), windows.rend(), [&](const XWindows::Window& window) {
-        const bool belongsToAnother = window.transientFor != window.id && holds(windows, window.transientFor);
-        return window.takesDeleteRequest && !belongsToAnother && asked_.count(window.id) == 0;
+        const bool hasOwner = window.transientFor != window.id && holds(windows, window.transientFor);
+        const bool isForItsOwner = hasOwner || (window.isDialog && anyMainWindow); // an owner may not be told
+        return window.takesDeleteRequest && !isForItsOwner && asked_.count(window.id) == 0;
     });
     if (next == windows.rend()) return false;
     known_.clear();
