@@ -1,6 +1,7 @@
 #include "tests/contract/files/ScratchFolders.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -69,14 +70,10 @@ ScratchFolders::ScratchFolders() : onMemory_{freshFolder("/dev/shm")}, onDisk_{f
 }
 
 ScratchFolders::~ScratchFolders() {
-    for (const std::string& folder : {onMemory_, onDisk_}) {
-        std::error_code ignored;
-        fs::permissions(folder, fs::perms{0700}, ignored);
-        for (const auto& entry :
-             fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied))
-            if (entry.is_directory() && !entry.is_symlink()) fs::permissions(entry, fs::perms{0700}, ignored);
-        fs::remove_all(folder, ignored);
-    }
+    // By another's hand, and whatever the tests have made of modes, links and depth.
+    const std::string both = "'" + onMemory_ + "' '" + onDisk_ + "'";
+    if (std::system(("chmod -R u+rwx " + both + "; rm -rf " + both).c_str()) != 0)
+        std::fprintf(stderr, "Not removed: %s\n", both.c_str());
 }
 
 void writeFile(const std::string& path, const std::string& contents) {
@@ -89,8 +86,8 @@ void makeTortureTree(const std::string& path, const std::string& sentinel) {
     writeFile(path + "/blocks", std::string(70000, 'b'));
     setxattr((path + "/blocks").c_str(), "user.kept", "kept", 4, 0);
     writeFile(path + "/holes", "");
-    fs::resize_file(path + "/holes", 1 << 20);
-    std::fstream{path + "/holes"}.seekp(300000) << "data";
+    fs::resize_file(path + "/holes", 1 << 17);
+    std::fstream{path + "/holes"}.seekp(100000) << "data";
     fs::create_hard_link(path + "/blocks", path + "/second name");
     writeFile(path + "/program", "#!/bin/sh\n");
     fs::permissions(path + "/program", fs::perms{04751});

@@ -1,0 +1,342 @@
+// What only the real file manager can be asked: attributes, permissions, other programs, what a crash leaves.
+
+#include "platform/linux/PosixFileManager.h"
+#include "tests/contract/files/ScratchFolders.h"
+#include "tests/fakes/FakeCopyProgress.h"
+#include "tests/fakes/FakeLog.h"
+
+#include <fcntl.h>
+#include <fstream>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace letterloft {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+// Lets something happen right before the copy of a move is made durable, which is after it was made.
+class Interfering final : public FileSystemCalls {
+public:
+    int syncfs(int file) override {
+        if (beforeSync) beforeSync();
+        return FileSystemCalls::syncfs(file);
+    }
+    int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
+        if (flags == 0 || !refuseFlags) return FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
+        errno = EINVAL;
+        return -1;
+    }
+    std::function<void()> beforeSync;
+    bool refuseFlags = false;
+};
+
+class PosixFileManagerTest : public testing::Test {
+protected:
+    PosixFileManagerTest() {
+        writeFile(memory + "/sentinel", "untouched");
+        makeTortureTree(item, memory + "/sentinel");
+    }
+
+    ScratchFolders scratch;
+    const std::string memory = scratch.onMemory();
+    const std::string disk = scratch.onDisk();
+    const std::string item = memory + "/item";
+    FakeLog log;
+    Interfering calls;
+    FakeCopyProgress progress;
+    PosixFileManager files{{log, calls, progress}, memory, {memory + "/settings"}};
+};
+
+std::string contents(const std::string& path) {
+    std::ifstream file{path, std::ios::binary};
+    return {std::istreambuf_iterator<char>{file}, {}};
+}
+
+// Runs it as a user who is not allowed everything; the result is its own.
+bool holdsAsOrdinaryUser(const std::function<bool()>& condition) {
+    const pid_t child = fork();
+    if (child == 0) {
+        constexpr uid_t nobody = 65534;
+        if (geteuid() == 0 && (setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0))
+            _exit(2);
+        _exit(condition() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+} // namespace
+
+TEST_F(PosixFileManagerTest, KeepsEverythingAcrossFileSystemsAndBack) {
+    const TreeDescription before = described(item);
+    ASSERT_TRUE(files.moveItem(item, disk + "/item"));
+    EXPECT_EQ(described(disk + "/item"), before);
+    EXPECT_THAT(progress.items, ElementsAre(item));
+    ASSERT_TRUE(files.moveItem(disk + "/item", item));
+    EXPECT_EQ(described(item), before);
+    EXPECT_THAT(log.lines, IsEmpty());
+    EXPECT_TRUE(fs::is_empty(disk));
+    EXPECT_EQ(contents(memory + "/sentinel"), "untouched");
+}
+
+TEST_F(PosixFileManagerTest, TakesNothingFromTheTargetFolderAlong) {
+    fs::create_directory(disk + "/shared");
+    chmod((disk + "/shared").c_str(), 02777);
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown((disk + "/shared").c_str(), 1, 1), 0);
+    }
+    const TreeDescription before = described(item);
+    ASSERT_TRUE(files.moveItem(item, disk + "/shared/item"));
+    EXPECT_EQ(described(disk + "/shared/item"), before);
+}
+
+TEST_F(PosixFileManagerTest, NamesBothPathsAndTheReasonOfARefusal) {
+    writeFile(disk + "/file", "");
+    const auto sentence = [&](const std::string& from, const std::string& to) {
+        return files.moveItem(from, to).sentence();
+    };
+    const auto tells = [](const std::string& from, const std::string& to, const char* why, const char* reason) {
+        return AllOf(HasSubstr(from), HasSubstr(to), HasSubstr(why), HasSubstr(reason));
+    };
+    EXPECT_THAT(sentence(item, disk + "/file"), tells(item, disk + "/file", "already", "File exists"));
+    EXPECT_THAT(sentence(item, memory + "/no/x"), tells(item, memory + "/no/x", "missing", "No such file"));
+    EXPECT_THAT(sentence(memory + "/no", disk + "/x"),
+                tells(memory + "/no", disk + "/x", "nothing to move", "No such"));
+    EXPECT_THAT(sentence(item, item + "/x"), tells(item, item + "/x", "inside", "Invalid argument"));
+    EXPECT_THAT(sentence(memory, disk + "/x"), tells(memory, disk + "/x", "Letterloft's own", "settings"));
+}
+
+TEST_F(PosixFileManagerTest, NeverGoesIntoSomethingMounted) {
+    // In a mount namespace of its own, which an ordinary user gets only together with a user namespace.
+    const pid_t child = fork();
+    if (child == 0) {
+        if (unshare(geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS) != 0 ||
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount(item.c_str(), (item + "/empty folder").c_str(), nullptr, MS_BIND, nullptr) != 0)
+            _exit(2);
+        const auto names = [](const Status& status) {
+            return !status && status.sentence().find("mount point") != std::string::npos;
+        };
+        const bool refused = names(files.moveItem(item, disk + "/item")) &&
+                             names(files.moveItem(item + "/empty folder", memory + "/x")) &&
+                             names(files.removeItem(item + "/empty folder"));
+        _exit(refused && fs::is_empty(disk) ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (WEXITSTATUS(status) == 2) GTEST_SKIP() << "LEFT OUT: this machine lets nobody mount anything";
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(contents(item + "/read-only/inside"), "inside");
+}
+
+TEST_F(PosixFileManagerTest, MovesByHandWhereTheFileSystemHasNoSafeRename) {
+    calls.refuseFlags = true;
+    fs::create_directory(memory + "/empty");
+    fs::create_symlink("nowhere", memory + "/dangling");
+    for (const char* name : {"/item", "/sentinel", "/dangling"}) {
+        EXPECT_THAT(files.moveItem(memory + name, memory + "/empty").sentence(), HasSubstr("File exists"));
+        EXPECT_TRUE(files.moveItem(memory + name, memory + name + "2"));
+    }
+    EXPECT_THAT(files.moveItem(memory + "/item2", memory + "/item2/x").sentence(), HasSubstr("inside"));
+    EXPECT_TRUE(files.moveItem(memory + "/item2", disk + "/item2"));
+    EXPECT_EQ(fs::read_symlink(memory + "/dangling2"), "nowhere");
+}
+
+// A program that has not stopped writing: everything it wrote is found afterwards.
+TEST_F(PosixFileManagerTest, KeepsWhatChangedOrIsInUseAfterItWasCopied) {
+    const int open = ::open((item + "/empty").c_str(), O_RDONLY | O_CLOEXEC);
+    calls.beforeSync = [&] {
+        std::ofstream{item + "/program", std::ios::app} << "appended";
+        fs::create_directory(item + "/empty folder/new");
+        writeFile(item + "/new", "new");
+        fs::remove(item + "/dangling");
+        writeFile(item + "/dangling", "replaced");
+    };
+    ASSERT_TRUE(files.moveItem(item, disk + "/item"));
+    ::close(open);
+    EXPECT_EQ(contents(disk + "/item/program"), "#!/bin/sh\n");
+    std::vector<std::string> left;
+    for (const auto& entry : fs::recursive_directory_iterator(item))
+        left.push_back(entry.path().filename());
+    EXPECT_THAT(left, testing::UnorderedElementsAre("empty", "program", "empty folder", "new", "new", "dangling"));
+    EXPECT_EQ(contents(item + "/program"), "#!/bin/sh\nappended");
+    ASSERT_EQ(log.lines.size(), 1u);
+    EXPECT_THAT(log.lines[0], AllOf(HasSubstr(item), HasSubstr(disk + "/item")));
+}
+
+TEST_F(PosixFileManagerTest, KeepsARemainderAsideWhereItsNameIsTaken) {
+    calls.beforeSync = [&] {
+        writeFile(item + "/new", "new");
+        calls.beforeSync = nullptr;
+    };
+    class NameTaker final : public FileSystemCalls {
+    public:
+        explicit NameTaker(std::string path) : path_{std::move(path)} {}
+        int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
+            const int renamed = FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
+            if (renamed == 0 && std::string{to}.ends_with(".aside")) {
+                writeFile(path_ + "/" + to + "/new", "new");
+                writeFile(path_ + "/item", "another");
+            }
+            return renamed;
+        }
+
+    private:
+        std::string path_;
+    } taker{memory};
+    PosixFileManager second{{log, taker, progress}, memory, {}};
+    ASSERT_TRUE(second.moveItem(item, disk + "/item"));
+    EXPECT_EQ(contents(item), "another");
+    ASSERT_EQ(log.lines.size(), 1u);
+    EXPECT_THAT(log.lines[0], HasSubstr(".aside"));
+    fs::remove(item);
+    files.settle({memory, memory + "/missing"});
+    EXPECT_EQ(contents(item + "/new"), "new");
+    EXPECT_EQ(std::distance(fs::directory_iterator{memory}, {}), 2); // the sentinel and the item
+}
+
+TEST_F(PosixFileManagerTest, SettlingTouchesNoNameThatIsNotItsOwn) {
+    const std::vector<std::string> names{".letterloft-0123456789abcdef.note", ".letterloft-0123456789abcdeg.staging",
+                                         ".letterloft-0123456789abcdef.staging.bak", ".letterloft-.staging"};
+    for (const std::string& name : names)
+        writeFile(disk + "/" + name, "mine");
+    fs::create_symlink("no slash", disk + "/.letterloft-0000000000000000.note");
+    files.settle({disk, disk + "/"});
+    for (const std::string& name : names)
+        EXPECT_EQ(contents(disk + "/" + name), "mine");
+    EXPECT_TRUE(fs::is_symlink(disk + "/.letterloft-0000000000000000.note"));
+}
+
+TEST_F(PosixFileManagerTest, RefusesEarlyWhatTheTargetHasNoRoomFor) {
+    class Full final : public FileSystemCalls {
+    public:
+        int fstatvfs(int file, struct statvfs* info) override {
+            const int result = FileSystemCalls::fstatvfs(file, info);
+            info->f_fsid = static_cast<unsigned long>(file);
+            (noFiles ? info->f_favail : info->f_bavail) = 10;
+            info->f_files = 1000;
+            return result;
+        }
+        int mkdirat(int, const char*, mode_t) override { return ADD_FAILURE() << "began to copy", -1; }
+        bool noFiles = false;
+    } full;
+    PosixFileManager manager{{log, full, progress}, memory, {}};
+    EXPECT_THAT(manager.moveItem(item, disk + "/item").sentence(), HasSubstr("bytes"));
+    full.noFiles = true;
+    EXPECT_THAT(manager.moveItem(item, disk + "/item").sentence(), HasSubstr("files"));
+}
+
+TEST_F(PosixFileManagerTest, GoesDeeperThanDescriptorsAndPathsReach) {
+    const std::string name(100, 'd');
+    int folder = ::open(memory.c_str(), O_RDONLY | O_CLOEXEC);
+    constexpr int depth = 1100;
+    for (int i = 0; i < depth; ++i) {
+        ASSERT_EQ(mkdirat(folder, name.c_str(), 0700), 0);
+        const int next = openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC);
+        ::close(folder);
+        folder = next;
+    }
+    ASSERT_GE(folder, 0);
+    ::close(openat(folder, "bottom", O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+    ASSERT_EQ(linkat(folder, "bottom", folder, "twin", 0), 0);
+    ::close(folder);
+    const Status moved = files.moveItem(memory + "/" + name, disk + "/deep");
+    ASSERT_TRUE(moved) << moved.sentence().substr(0, 200);
+    EXPECT_FALSE(fs::exists(memory + "/" + name));
+    EXPECT_TRUE(files.removeItem(disk + "/deep"));
+    EXPECT_TRUE(fs::is_empty(disk));
+}
+
+TEST_F(PosixFileManagerTest, MakesFoldersForTheirOwnerOnlyWhateverTheUmask) {
+    for (const mode_t mask : {0000u, 0022u, 0777u}) {
+        const std::string folder = memory + "/made" + std::to_string(mask);
+        const mode_t before = umask(mask);
+        EXPECT_TRUE(files.createFolder(folder + "/inner"));
+        umask(before);
+        for (const std::string& path : {folder, folder + "/inner"})
+            EXPECT_EQ(fs::status(path).permissions(), fs::perms{0700}) << path;
+    }
+    fs::permissions(memory + "/made0", fs::perms{0755});
+    EXPECT_TRUE(files.createFolder(memory + "/made0"));
+    EXPECT_EQ(fs::status(memory + "/made0").permissions(), fs::perms{0755});
+}
+
+TEST_F(PosixFileManagerTest, TakesWhatCannotBeLookedAtForThere) {
+    fs::create_directory(disk + "/closed");
+    fs::permissions(disk + "/closed", fs::perms{0000});
+    EXPECT_TRUE(holdsAsOrdinaryUser([&] {
+        const bool there = files.fileExists(disk + "/closed/x") && files.folderExists(disk + "/closed/x");
+        return there && log.lines.size() == 2 && log.lines[0].find("Permission denied") != std::string::npos;
+    }));
+    fs::create_symlink("ring", disk + "/ring");
+    EXPECT_TRUE(files.fileExists(disk + "/ring"));
+    EXPECT_EQ(log.lines.size(), 1u);
+}
+
+TEST_F(PosixFileManagerTest, FailsOnWhatAnOrdinaryUserMayNotReadOrRemove) {
+    fs::permissions(memory, fs::perms{0777});
+    fs::permissions(disk, fs::perms{0777});
+    const std::string mine = memory + "/mine";
+    EXPECT_TRUE(holdsAsOrdinaryUser([&] {
+        makeTortureTree(mine, memory + "/sentinel");
+        const TreeDescription before = described(mine);
+        const bool moved = files.moveItem(mine, disk + "/mine").isOk() && described(disk + "/mine") == before;
+        return moved && files.moveItem(disk + "/mine", mine).isOk() && described(mine) == before;
+    })) << "a read-only folder of one's own";
+    EXPECT_TRUE(holdsAsOrdinaryUser([&] {
+        fs::permissions(mine + "/blocks", fs::perms{0000});
+        const Status moved = files.moveItem(mine, disk + "/mine");
+        return !moved && moved.sentence().find("/blocks") != std::string::npos && fs::is_empty(disk);
+    })) << "an unreadable file";
+    EXPECT_TRUE(holdsAsOrdinaryUser([&] { return !files.removeItem(mine).isOk(); })) << "a read-only folder";
+    EXPECT_TRUE(fs::exists(mine + "/read-only/inside"));
+}
+
+TEST_F(PosixFileManagerTest, SyncsEachChangedFolderOnceWhereverItIsByThen) {
+    class Counting final : public FileSystemCalls {
+    public:
+        int fsync(int file) override {
+            struct stat info {};
+            fstat(file, &info);
+            synced.push_back(info.st_ino);
+            return FileSystemCalls::fsync(file);
+        }
+        std::vector<ino_t> synced;
+    } counting;
+    const auto inode = [](const std::string& path) {
+        struct stat info {};
+        stat(path.c_str(), &info);
+        return info.st_ino;
+    };
+    PosixFileManager manager{{log, counting, progress}, "/home/nobody", {}};
+    ASSERT_TRUE(manager.createFolder(disk + "/a/b"));
+    ASSERT_TRUE(manager.createFolder(disk + "/gone"));
+    ASSERT_TRUE(manager.makeMovesDurable());
+    counting.synced.clear();
+    for (const char* name : {"/1", "/2", "/3"}) {
+        writeFile(disk + name, "");
+        ASSERT_TRUE(manager.moveItem(disk + name, disk + "/a/b" + name));
+    }
+    ASSERT_TRUE(manager.moveItem(disk + "/a/b/3", disk + "/gone/3"));
+    ASSERT_TRUE(manager.removeItem(disk + "/gone"));
+    ASSERT_TRUE(manager.moveItem(disk + "/a", disk + "/renamed"));
+    EXPECT_TRUE(manager.makeMovesDurable());
+    EXPECT_THAT(counting.synced, testing::UnorderedElementsAre(inode(disk), inode(disk + "/renamed/b")));
+    EXPECT_TRUE(manager.makeMovesDurable());
+    EXPECT_EQ(counting.synced.size(), 2u);
+}
+
+} // namespace letterloft

@@ -1,0 +1,121 @@
+#pragma once
+
+#include "platform/linux/FileSystemCalls.h"
+
+#include <cerrno>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace letterloft {
+
+// The system calls with one thing that goes wrong at the Nth of them. Calls count from 1; those that only look are
+// counted too. Nothing is really synced: the end of a process takes nothing from the kernel, and the disk is slow.
+class FaultyCalls final : public FileSystemCalls {
+public:
+    enum class Fault { none, fails, failsFromThenOn, isCutShort, ends };
+    static constexpr int endedHere = 77; // the status of a process that was ended
+
+    FaultyCalls() = default;
+    FaultyCalls(Fault fault, int at) : fault_{fault}, at_{at} {}
+
+    int count = 0;
+    std::vector<std::string> order; // of the calls that change something or make it durable
+
+    int openat(int folder, const char* path, int flags, mode_t mode) override {
+        return strikes("openat") ? -1 : FileSystemCalls::openat(folder, path, flags, mode);
+    }
+    int close(int file) override {
+        const bool struck = strikes("");
+        return (FileSystemCalls::close(file), struck) ? -1 : 0; // closed in any case, as close(2) says
+    }
+    int statx(int folder, const char* path, int flags, struct statx* info) override {
+        return strikes("") ? -1 : FileSystemCalls::statx(folder, path, flags, info);
+    }
+    int fstatvfs(int file, struct statvfs* info) override {
+        return strikes("") ? -1 : FileSystemCalls::fstatvfs(file, info);
+    }
+    ssize_t getdents64(int folder, void* buffer, std::size_t size) override {
+        return strikes("") ? -1 : FileSystemCalls::getdents64(folder, buffer, size);
+    }
+    ssize_t read(int file, void* buffer, std::size_t size) override {
+        if (strikes("read")) return -1;
+        return FileSystemCalls::read(file, buffer, cut(size));
+    }
+    ssize_t write(int file, const void* buffer, std::size_t size) override {
+        if (strikes("write")) return -1;
+        return FileSystemCalls::write(file, buffer, cut(size));
+    }
+    ssize_t copy_file_range(int from, int to, std::size_t size) override {
+        return strikes("write") ? -1 : FileSystemCalls::copy_file_range(from, to, cut(size));
+    }
+    off_t lseek(int file, off_t offset, int whence) override {
+        return strikes("") ? -1 : FileSystemCalls::lseek(file, offset, whence);
+    }
+    int ftruncate(int file, off_t size) override {
+        return strikes("write") ? -1 : FileSystemCalls::ftruncate(file, size);
+    }
+    int fsync(int) override { return strikes("fsync") ? -1 : 0; }
+    int syncfs(int) override { return strikes("syncfs") ? -1 : 0; }
+    void sync() override { strikes("sync"); }
+    int mkdirat(int folder, const char* name, mode_t mode) override {
+        return strikes("make") ? -1 : FileSystemCalls::mkdirat(folder, name, mode);
+    }
+    int mknodat(int folder, const char* name, mode_t mode) override {
+        return strikes("make") ? -1 : FileSystemCalls::mknodat(folder, name, mode);
+    }
+    int symlinkat(const char* text, int folder, const char* name) override {
+        return strikes("make") ? -1 : FileSystemCalls::symlinkat(text, folder, name);
+    }
+    ssize_t readlinkat(int folder, const char* name, char* buffer, std::size_t size) override {
+        return strikes("") ? -1 : FileSystemCalls::readlinkat(folder, name, buffer, size);
+    }
+    int linkat(int fromFolder, const char* from, int toFolder, const char* to) override {
+        return strikes("make") ? -1 : FileSystemCalls::linkat(fromFolder, from, toFolder, to);
+    }
+    int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
+        return strikes("rename") ? -1 : FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
+    }
+    int unlinkat(int folder, const char* name, int flags) override {
+        return strikes("unlink") ? -1 : FileSystemCalls::unlinkat(folder, name, flags);
+    }
+    int fchmod(int file, mode_t mode) override { return strikes("") ? -1 : FileSystemCalls::fchmod(file, mode); }
+    int fchmodat(int folder, const char* name, mode_t mode) override {
+        return strikes("") ? -1 : FileSystemCalls::fchmodat(folder, name, mode);
+    }
+    int fchownat(int folder, const char* name, uid_t owner, gid_t group, int flags) override {
+        return strikes("") ? -1 : FileSystemCalls::fchownat(folder, name, owner, group, flags);
+    }
+    int utimensat(int folder, const char* name, const struct timespec times[2], int flags) override {
+        return strikes("") ? -1 : FileSystemCalls::utimensat(folder, name, times, flags);
+    }
+    ssize_t flistxattr(int file, char* names, std::size_t size) override {
+        return strikes("") ? -1 : FileSystemCalls::flistxattr(file, names, size);
+    }
+    ssize_t fgetxattr(int file, const char* name, void* value, std::size_t size) override {
+        return strikes("") ? -1 : FileSystemCalls::fgetxattr(file, name, value, size);
+    }
+    int fsetxattr(int file, const char* name, const void* value, std::size_t size) override {
+        return strikes("") ? -1 : FileSystemCalls::fsetxattr(file, name, value, size);
+    }
+    int setLease(int file, int lease) override { return strikes("") ? -1 : FileSystemCalls::setLease(file, lease); }
+
+private:
+    bool strikes(const char* name) {
+        ++count;
+        if (*name != 0) order.emplace_back(name);
+        if (fault_ == Fault::ends && count == at_) _exit(endedHere);
+        const bool struck = fault_ == Fault::fails ? count == at_ : fault_ == Fault::failsFromThenOn && count >= at_;
+        if (struck) errno = EIO;
+        return struck;
+    }
+
+    std::size_t cut(std::size_t size) const {
+        return fault_ == Fault::isCutShort && count == at_ && size > 1 ? size / 2 : size;
+    }
+
+    Fault fault_ = Fault::none;
+    int at_ = 0;
+};
+
+} // namespace letterloft

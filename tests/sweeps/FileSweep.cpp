@@ -1,0 +1,257 @@
+// Moves and removals that die, fail or are cut short at each of their system calls in turn.
+
+#include "platform/linux/PosixFileManager.h"
+#include "tests/contract/files/ScratchFolders.h"
+#include "tests/fakes/FakeCopyProgress.h"
+#include "tests/fakes/FakeLog.h"
+#include "tests/sweeps/FaultyCalls.h"
+
+#include <algorithm>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+namespace letterloft {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Fault = FaultyCalls::Fault;
+
+// One torture tree, or one file, that is moved from one folder to another.
+class Scene {
+public:
+    Scene(const ScratchFolders& scratch, bool across, bool folder)
+        : from_{scratch.onMemory() + "/from"}, to_{(across ? scratch.onDisk() : scratch.onMemory()) + "/to"} {
+        fs::remove_all(from_);
+        fs::remove_all(to_);
+        fs::create_directories(from_);
+        fs::create_directories(to_);
+        writeFile(sentinel_ = from_ + "/sentinel", "untouched");
+        if (folder)
+            makeTortureTree(source(), sentinel_);
+        else
+            writeFile(source(), std::string(600000, 'x'));
+        before_ = described(source());
+        sentinelBefore_ = described(sentinel_);
+    }
+
+    std::string source() const { return from_ + "/item"; }
+    std::string target() const { return to_ + "/item"; }
+    const std::string& from() const { return from_; }
+    const std::string& to() const { return to_; }
+    bool sourceIsWhole() const { return described(source()) == before_; }
+    bool targetIsWhole() const { return described(target()) == before_; }
+    bool sourceIsGone() const { return described(source()).empty(); }
+    bool targetIsGone() const { return described(target()).empty(); }
+    bool sentinelStands() const { return described(sentinel_) == sentinelBefore_; }
+
+    // What is there beside the item, the sentinel aside.
+    std::vector<std::string> marks() const {
+        std::vector<std::string> names;
+        for (const std::string& folder : {from_, to_})
+            for (const auto& entry : fs::directory_iterator(folder))
+                if (entry.path().filename() != "item" && entry.path().filename() != "sentinel")
+                    names.push_back(entry.path());
+        return names;
+    }
+
+private:
+    std::string from_;
+    std::string to_;
+    std::string sentinel_;
+    TreeDescription before_;
+    TreeDescription sentinelBefore_;
+};
+
+struct Disk {
+    explicit Disk(FileSystemCalls& calls) : files{{log, calls, progress}, "/nowhere", {}} {}
+
+    FakeLog log;
+    FakeCopyProgress progress;
+    PosixFileManager files;
+};
+
+int countedCalls(const std::function<void(PosixFileManager&)>& operation) {
+    FaultyCalls calls;
+    Disk disk{calls};
+    operation(disk.files);
+    return calls.count;
+}
+
+// Runs the operation in a process of its own that ends right before its `at`th call.
+void runToItsEndAt(int at, const std::function<void(PosixFileManager&)>& operation) {
+    const pid_t child = fork();
+    if (child == 0) {
+        FaultyCalls calls{Fault::ends, at};
+        Disk disk{calls};
+        operation(disk.files);
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == FaultyCalls::endedHere) << "at call " << at;
+}
+
+struct Kind {
+    const char* name;
+    bool across;
+    bool folder;
+};
+
+class MoveSweep : public testing::TestWithParam<Kind> {
+protected:
+    Scene fresh() const { return {scratch_, GetParam().across, GetParam().folder}; }
+
+    static auto moving(const Scene& scene) {
+        return [&scene](PosixFileManager& files) { return files.moveItem(scene.source(), scene.target()); };
+    }
+
+    int points() const {
+        const Scene scene = fresh();
+        const int count = countedCalls([&](PosixFileManager& files) { EXPECT_TRUE(moving(scene)(files)); });
+        RecordProperty("points", count);
+        return count;
+    }
+
+    // After recovery, by a program that starts anew, the item stands whole at exactly one place with nothing beside it.
+    static void expectRecovery(const Scene& scene) {
+        FaultyCalls calls;
+        Disk disk{calls};
+        disk.files.settle({scene.from(), scene.to()});
+        EXPECT_NE(scene.sourceIsWhole() && scene.targetIsGone(), scene.targetIsWhole() && scene.sourceIsGone());
+        EXPECT_THAT(scene.marks(), testing::IsEmpty());
+        EXPECT_THAT(disk.log.lines, testing::IsEmpty());
+        if (scene.sourceIsWhole()) {
+            EXPECT_TRUE(disk.files.moveItem(scene.source(), scene.target()));
+        }
+        EXPECT_TRUE(scene.targetIsWhole() && scene.sourceIsGone() && scene.sentinelStands());
+    }
+
+    ScratchFolders scratch_;
+};
+
+} // namespace
+
+TEST_P(MoveSweep, DiesAtEveryCall) {
+    const int last = points();
+    for (int at = 1; at <= last && !HasFailure(); ++at) {
+        SCOPED_TRACE(at);
+        const Scene scene = fresh();
+        runToItsEndAt(at, moving(scene));
+        EXPECT_TRUE(scene.sourceIsWhole() || scene.targetIsWhole());
+        EXPECT_TRUE(scene.targetIsGone() || scene.targetIsWhole()) << "an incomplete item under its own name";
+        expectRecovery(scene);
+    }
+}
+
+TEST_P(MoveSweep, DiesAgainWhileItRecovers) {
+    const int last = points();
+    for (int at = 1; at <= last && !HasFailure(); at += 7) {
+        const auto settling = [](const Scene& scene) {
+            return [&scene](PosixFileManager& files) { files.settle({scene.to(), scene.from()}); };
+        };
+        const Scene trial = fresh();
+        runToItsEndAt(at, moving(trial));
+        const int settleCalls = countedCalls(settling(trial));
+        for (int again = 1; again <= settleCalls && !HasFailure(); again += 3) {
+            SCOPED_TRACE(testing::Message() << at << ", then " << again);
+            const Scene scene = fresh();
+            runToItsEndAt(at, moving(scene));
+            runToItsEndAt(again, settling(scene));
+            EXPECT_TRUE(scene.sourceIsWhole() || scene.targetIsWhole());
+            expectRecovery(scene);
+        }
+    }
+}
+
+TEST_P(MoveSweep, MeetsAnErrorAtEveryCall) {
+    const int last = points();
+    for (const Fault fault : {Fault::fails, Fault::failsFromThenOn, Fault::isCutShort}) {
+        for (int at = 1; at <= last && !HasFailure(); ++at) {
+            SCOPED_TRACE(testing::Message() << "fault " << static_cast<int>(fault) << " at " << at);
+            const Scene scene = fresh();
+            FaultyCalls calls{fault, at};
+            Disk disk{calls};
+            const Status moved = moving(scene)(disk.files);
+            EXPECT_FALSE(disk.progress.open);
+            if (!moved) {
+                EXPECT_TRUE(scene.sourceIsWhole()) << moved.sentence();
+            } else if (disk.log.lines.empty()) {
+                EXPECT_TRUE(scene.targetIsWhole() && scene.sourceIsGone());
+            } else { // an attribute that could not be kept, or a remainder that could not be removed
+                EXPECT_FALSE(scene.targetIsGone());
+            }
+            if (fault == Fault::isCutShort) {
+                EXPECT_TRUE(moved && disk.log.lines.empty());
+            }
+            EXPECT_TRUE(scene.sentinelStands());
+            FaultyCalls whole;
+            Disk after{whole};
+            after.files.settle({scene.from(), scene.to()});
+            EXPECT_THAT(scene.marks(), testing::IsEmpty());
+            EXPECT_TRUE(scene.sourceIsWhole() || scene.targetIsWhole() || !disk.log.lines.empty());
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, MoveSweep,
+                         testing::Values(Kind{"AFolderWithin", false, true}, Kind{"AFolderAcross", true, true},
+                                         Kind{"AFileAcross", true, false}),
+                         [](const auto& kind) { return std::string{kind.param.name}; });
+
+// A power cut takes what was not yet durable; what is durable is a matter of order.
+TEST(AcrossFileSystems, EveryStepIsDurableBeforeTheNext) {
+    const ScratchFolders scratch;
+    const Scene scene{scratch, true, true};
+    FaultyCalls calls;
+    Disk disk{calls};
+    ASSERT_TRUE(disk.files.moveItem(scene.source(), scene.target()));
+    const auto& order = calls.order;
+    std::vector<std::string> steps;
+    for (const std::string& call : order) {
+        const bool counts = call != "openat" && call != "read";
+        if (counts && (steps.empty() || steps.back() != call)) steps.push_back(call);
+    }
+    // The first rename finds that there are two file systems; then the note and the copy, the sync of the copy and of
+    // the note, the item's name, the source set aside, and at last the removal.
+    const auto sync = std::find(steps.begin(), steps.end(), "syncfs");
+    EXPECT_THAT(std::vector(sync, steps.end()),
+                testing::ElementsAre("syncfs", "fsync", "rename", "fsync", "rename", "fsync", "unlink"));
+    EXPECT_EQ(std::count(order.begin(), order.end(), "syncfs"), 1);
+    EXPECT_EQ(std::count(order.begin(), order.end(), "fsync"), 3);
+}
+
+TEST(RemovalSweep, LeavesWhatItDidNotReachAndTouchesNothingElse) {
+    const ScratchFolders scratch;
+    const auto removing = [](const Scene& scene) {
+        return [&scene](PosixFileManager& files) { return files.removeItem(scene.source()); };
+    };
+    const Scene trial{scratch, false, true};
+    const int last = countedCalls([&](PosixFileManager& files) { EXPECT_TRUE(removing(trial)(files)); });
+    RecordProperty("points", last);
+    for (int at = 1; at <= last && !testing::Test::HasFailure(); ++at) {
+        SCOPED_TRACE(at);
+        for (const Fault fault : {Fault::ends, Fault::fails}) {
+            const Scene scene{scratch, false, true};
+            FaultyCalls calls{fault, at};
+            Disk disk{calls};
+            if (fault == Fault::ends) {
+                runToItsEndAt(at, removing(scene));
+            } else if (removing(scene)(disk.files)) {
+                EXPECT_TRUE(scene.sourceIsGone()) << "success without a removal";
+            }
+            EXPECT_TRUE(scene.sentinelStands());
+            FaultyCalls whole;
+            Disk after{whole};
+            if (!scene.sourceIsGone()) {
+                EXPECT_TRUE(after.files.removeItem(scene.source()));
+            }
+            EXPECT_TRUE(scene.sourceIsGone());
+        }
+    }
+}
+
+} // namespace letterloft
