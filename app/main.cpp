@@ -1,1 +1,178 @@
-int main() { return 0; }
+#include "app/InterruptedMoveFolders.h"
+#include "app/LetterloftAppDelegate.h"
+#include "manager/LLAccountController.h"
+#include "menu/LLMenuLet.h"
+#include "platform/linux/ActivationSocket.h"
+#include "platform/linux/FileSystemCalls.h"
+#include "platform/linux/GioInstalledApplications.h"
+#include "platform/linux/GioLauncher.h"
+#include "platform/linux/InstanceLock.h"
+#include "platform/linux/LinuxRunningApplications.h"
+#include "platform/linux/LocalNotificationCenter.h"
+#include "platform/linux/PlistSettingsStore.h"
+#include "platform/linux/PosixFileManager.h"
+#include "platform/linux/SessionBus.h"
+#include "platform/linux/SyslogLog.h"
+#include "platform/linux/SystemCalendar.h"
+#include "platform/linux/UserFolders.h"
+#include "platform/qt/QtActivationBus.h"
+#include "platform/qt/QtAlerts.h"
+#include "platform/qt/QtApplication.h"
+#include "platform/qt/QtDescriptorWatcher.h"
+#include "platform/qt/QtHelpWindow.h"
+#include "platform/qt/QtImageResources.h"
+#include "platform/qt/QtInterfaceFile.h"
+#include "platform/qt/QtMainInterface.h"
+#include "platform/qt/QtOpenPanel.h"
+#include "platform/qt/QtRunLoop.h"
+#include "platform/qt/QtSmallMenuWindow.h"
+#include "platform/qt/QtStart.h"
+#include "platform/qt/QtStatusBar.h"
+#include "storage/SupportFolder.h"
+#include "storage/Text.h"
+
+#include <QApplication>
+
+#include <cstdlib>
+#include <optional>
+#include <poll.h>
+
+using namespace letterloft;
+
+namespace {
+
+// The files below the user's folders that decide how the program runs.
+struct Places {
+    explicit Places(const UserFolders& folders)
+        : home{folders.home()},
+          settings{folders.settingsFile()},
+          lock{folders.lockFile()},
+          socket{expandedTilde("~/Library/Application Support/Letterloft.socket", home)} {}
+
+    std::string home;
+    std::string settings;
+    std::string lock;
+    std::string socket;
+};
+
+class SilentCopyProgress final : public CopyProgress {
+    void began(const std::string&, std::uint64_t) override {}
+    void progressed(std::uint64_t) override {}
+    void ended() override {}
+};
+
+// The files with what they stand on.
+struct Files {
+    Files(const Places& places, Log& log, FileSystemCalls& calls)
+        : manager{{log, calls, progress},
+                  places.home,
+                  {places.settings, places.lock, places.socket, supportFolder(places.home)}} {}
+
+    SilentCopyProgress progress;
+    PosixFileManager manager;
+};
+
+// The lock of the one program per home, or none when another one holds it, which has then been asked to show itself.
+std::optional<InstanceLock> takeLock(const Places& places, FileSystemCalls& calls) {
+    // The holder listens a moment after it has the lock, and has it a moment longer than it listens.
+    constexpr int attempts = 500;
+    constexpr int pauseMilliseconds = 10;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        InstanceLock lock = InstanceLock::take(calls, places.lock);
+        if (lock.outcome() != InstanceLock::Outcome::heldByAnother) return lock;
+        if (ActivationSocket::ask(places.socket)) return std::nullopt;
+        poll(nullptr, 0, pauseMilliseconds);
+    }
+    return std::nullopt;
+}
+
+// What the program is made of, in the order in which it is made. Nothing here comes to its end in an orderly way: the
+// program ends from wherever it is.
+struct Program {
+    Program(SettingsStore& settings, Files& theFiles, Log& theLog) : log{theLog}, files{theFiles}, store{settings} {}
+
+    void start() {
+        QtMainInterface::load(menu, {{"manageAccounts:", [this](Sender* sender) { menuLet.manageAccounts(sender); }},
+                                     {"showHelp:", [this](Sender*) { help.show(); }},
+                                     {"terminate:", [this](Sender*) { application.terminate(); }}});
+        menuLet.awakeFromNib();
+        QMetaObject::invokeMethod(
+            &application, [this] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+    }
+
+    Log& log;
+    Files& files;
+    SettingsStore& store;
+    LocalNotificationCenter notifications;
+    QtDescriptorWatcher watcher;
+    SessionBus bus{log};
+    QtApplication application{store, [this] { bus.flush(); }};
+    QtTrayHost trayHost;
+    QtMenu menu;
+    QtSmallMenuWindow smallMenu{menu, trayHost, notifications};
+    QtHelpWindow help{notifications};
+    QtStatusBar statusBar{trayHost, [this] { smallMenu.showAsAsked(); }};
+    QtImageResources images;
+    QtRunLoop runLoop;
+    LinuxRunningApplications runningApplications{bus, watcher, log};
+    GioLauncher launcher{bus, log};
+    SystemCalendar calendar;
+    GioInstalledApplications installedApplications;
+    QtInterfaceFiles interfaceFiles{notifications};
+    QtAlerts alerts;
+    QtOpenPanels openPanels{installedApplications};
+    LetterloftAppDelegate delegate{store, files.manager};
+    LLMenuLet menuLet{{store, files.manager, runningApplications, launcher, runLoop, application, statusBar, images,
+                       notifications, log, [this] { return makeAccountController(); }},
+                      menu};
+
+private:
+    std::unique_ptr<WindowController> makeAccountController() {
+        return LLAccountController::initWithWindow(
+            {store, files.manager, interfaceFiles, alerts, openPanels, notifications, calendar, log}, nullptr);
+    }
+};
+
+// An absent status stands for the status of a program that has been told to end.
+int runProgram(int argc, char** argv, const Places& places, Log& log, FileSystemCalls& calls) {
+    std::optional<InstanceLock> lock = takeLock(places, calls);
+    if (!lock) return EXIT_SUCCESS;
+    std::optional<ActivationSocket> socket;
+    if (lock->outcome() == InstanceLock::Outcome::taken) socket.emplace(places.socket);
+
+    Files files{places, log, calls};
+    auto settings =
+        PlistSettingsStore::load(places.settings, calls, log, [&files] { return files.manager.makeMovesDurable(); });
+    if (!settings) {
+        log.write(escaped(settings.status().sentence()));
+        socket.reset();
+        lock.reset();
+    }
+    const auto qt = QtStart::makeApplication(argc, argv, log);
+    if (!settings) return QtStart::showFailure(settings.status().sentence());
+    if (lock->outcome() == InstanceLock::Outcome::impossible) log.write(escaped(lock->reason()));
+    if (socket && !socket->status()) log.write(escaped(socket->status().sentence()));
+    files.manager.settle(interruptedMoveFolders(**settings, files.manager));
+
+    Program program{**settings, files, log};
+    const auto showMenu = [&program] { program.smallMenu.showAsAsked(); };
+    program.start();
+    const QtActivationBus activationBus{showMenu};
+    if (socket) socket->serve(program.watcher, showMenu);
+    QApplication::exec();
+    program.application.terminate();
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    SyslogLog log;
+    FileSystemCalls calls;
+    const Result<UserFolders> folders = UserFolders::fromEnvironment();
+    if (!folders) {
+        log.write(escaped(folders.status().sentence()));
+        return EXIT_FAILURE;
+    }
+    return runProgram(argc, argv, Places{*folders}, log, calls);
+}

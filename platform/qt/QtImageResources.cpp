@@ -5,7 +5,12 @@
 
 #include <QFile>
 
+// The resources are part of a static library; this may stand in no namespace.
+static void useResources() { Q_INIT_RESOURCE(resources); }
+
 namespace letterloft {
+
+QtImageResources::QtImageResources() { useResources(); }
 
 std::shared_ptr<const Image> QtImageResources::imageNamed(const std::string& name) const {
     if (const auto known = loaded_.find(name); known != loaded_.end()) return known->second;

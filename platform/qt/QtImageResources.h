@@ -10,6 +10,8 @@ namespace letterloft {
 // been installed: a panel recolours those it finds by name.
 class QtImageResources final : public ImageResources {
 public:
+    QtImageResources();
+
     std::shared_ptr<const Image> imageNamed(const std::string& name) const override;
 
 private:
