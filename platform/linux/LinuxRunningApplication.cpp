@@ -31,6 +31,7 @@ void LinuxRunningApplication::terminate() {
         QuitRequest::Addressee{instance_.applicationPath, instance_.applicationId, instance_.program}, bus_, watcher_,
         log_);
     request_->send(livingPids());
+    lastSearch_ = steady_clock::now(); // the instance has just been found
 }
 
 bool LinuxRunningApplication::isTerminated() {
