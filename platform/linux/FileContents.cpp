@@ -23,7 +23,7 @@ int FileContents::copy(int from, int to, std::uint64_t size) {
 // Whether all of it could be copied without passing through this program (copy_file_range(2)), which shares the blocks
 // where the file systems can. Any failure, a real one too, is left to the plain way to meet again.
 bool FileContents::copyInKernel(int from, int to, std::uint64_t& left) {
-    constexpr std::uint64_t stretch = 64 * 1024 * 1024;
+    constexpr std::uint64_t stretch = 8 * 1024 * 1024;
     while (left > 0) {
         const ssize_t got = calls_.copy_file_range(from, to, std::min(left, stretch));
         if (got < 0 && errno == EINTR) continue;
