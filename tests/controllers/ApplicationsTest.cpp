@@ -119,7 +119,7 @@ TEST(InsertApp, AddsAnApplicationWithoutItems) {
               "OK|Select a new app to switch.|/Applications");
     EXPECT_THAT(panel.allowedFileTypes, ElementsAre("app"));
     EXPECT_TRUE(panel.canChooseFiles && !panel.canChooseDirectories);
-    world.settings.setText("/new %@", "stale");
+    world.settings.setList("/new %@", {"stale"});
     panel.choose("/new %@");
     EXPECT_THAT(world.settings.list("Apps"), ElementsAre(mail, draw, "/new %@"));
     EXPECT_TRUE(world.settings.hasValue("/new %@") && world.settings.list("/new %@").empty());
@@ -231,9 +231,12 @@ TEST(RemoveAppOrFile, AsksForWhatTheSettingsSayItIs) {
     opened(world).press("removeAppOrFile:");
     EXPECT_FALSE(world.sheet()); // nothing was selected
     world.settings.removeValue(draw);
+    world.settings.setList(home + "/.mailrc", {}); // whatever stands under its text makes it one
     world.outline().expand(0);
-    const std::pair<std::size_t, std::string> cases[] = {
-        {0, "app " + mail}, {1, "file/directory " + mailFolder}, {3, "file/directory " + draw}};
+    const std::pair<std::size_t, std::string> cases[] = {{0, "app " + mail},
+                                                         {1, "file/directory " + mailFolder},
+                                                         {2, "app " + home + "/.mailrc"},
+                                                         {3, "file/directory " + draw}};
     for (const auto& [row, what] : cases) {
         askToRemove(world, row);
         EXPECT_EQ(world.sheet()->messageText, "Are you sure you want to stop managing the " + what + "?");

@@ -192,7 +192,9 @@ TEST(NestedInTheWait, ListsOfItemsAreReadAnewButNotApps) {
     chooseBWith(world, [&] {
         world.settings.setList(mail, {"/late"});
         world.manage(draw, {"/never"});
+        world.menu.items[0]->text = "another title";
     });
+    EXPECT_EQ(world.currentUser(), "B"); // the title was taken before the wait
     EXPECT_EQ(world.textAt(support + "/A/late"), "late");
     EXPECT_EQ(world.textAt("/never"), "never");
     EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "A's inbox");
