@@ -3,6 +3,7 @@
 #include "manager/LLAccountController.h"
 #include "menu/LLMenuLet.h"
 #include "platform/linux/ActivationSocket.h"
+#include "platform/linux/CopyNotice.h"
 #include "platform/linux/FileSystemCalls.h"
 #include "platform/linux/GioInstalledApplications.h"
 #include "platform/linux/GioLauncher.h"
@@ -55,20 +56,14 @@ struct Places {
     std::string socket;
 };
 
-class SilentCopyProgress final : public CopyProgress {
-    void began(const std::string&, std::uint64_t) override {}
-    void progressed(std::uint64_t) override {}
-    void ended() override {}
-};
-
 // The files with what they stand on.
 struct Files {
     Files(const Places& places, Log& log, FileSystemCalls& calls)
-        : manager{{log, calls, progress},
+        : manager{{log, calls, notice},
                   places.home,
                   {places.settings, places.lock, places.socket, supportFolder(places.home)}} {}
 
-    SilentCopyProgress progress;
+    CopyNotice notice;
     PosixFileManager manager;
 };
 

@@ -20,8 +20,16 @@ QString titleForQtMenu(const std::string& title) {
 
 QString titleForBusMenu(const std::string& title) {
     QString escaped = titleOfOneLine(title).replace(QLatin1Char{'_'}, QLatin1String{"__"});
-    const auto first = escaped.indexOf(QLatin1Char{'&'});
-    if (first >= 0) escaped.insert(first, QLatin1Char{'&'});
+    const auto mark = escaped.indexOf(QLatin1Char{'&'});
+    if (mark < 0 || mark == escaped.size() - 1) return escaped;
+    // What Qt turns into a '_' had best be one half of a pair already: GTK 3.24, while it hides the marks of shortcuts,
+    // takes every pair for a mark once more as soon as there is a shortcut in the title.
+    const auto pair = escaped.indexOf(QLatin1Char{'_'});
+    if (pair >= 0 && pair < mark) {
+        escaped[pair] = QLatin1Char{'&'};
+    } else {
+        escaped.insert(mark, QLatin1Char{'&'});
+    }
     return escaped;
 }
 
