@@ -1,13 +1,13 @@
 #include "platform/linux/HeldProcess.h"
 
+#include "platform/linux/ProgramFiles.h"
+
 extern "C" { // glibc 2.36 declares these without it
 #include <sys/pidfd.h>
 }
 
 #include <csignal>
 #include <dirent.h>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <poll.h>
 #include <string>
@@ -20,8 +20,8 @@ namespace letterloft {
 namespace {
 
 std::string readProcessFile(pid_t pid, const std::string& name) {
-    std::ifstream file{"/proc/" + std::to_string(pid) + "/" + name};
-    return {std::istreambuf_iterator<char>{file}, {}};
+    constexpr std::size_t longest = 65536;
+    return headOfFile("/proc/" + std::to_string(pid) + "/" + name, longest).value_or(std::string{});
 }
 
 // The fields of proc(5) stat from the third one on, which is the state; the second, the name, may hold anything.

@@ -7,6 +7,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 #include <utility>
 #include <xcb/xcb.h>
 
@@ -202,6 +205,21 @@ TEST_F(QuitBySignal, IsNotTriedOnAProgramThatIgnoresIt) {
     EXPECT_FALSE(application->isTerminated());
     kill(program->pid(), SIGKILL); // by hand
     waitForEnd();
+}
+
+TEST_F(QuitBySignal, IsNotTriedOnAWaylandProgramThatWouldDieOfIt) {
+    sockaddr_un address{AF_UNIX, {}};
+    std::snprintf(address.sun_path, sizeof address.sun_path, "%s/wayland-0", desktop.home().c_str());
+    const int compositor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(bind(compositor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(compositor, 2), 0);
+    start({"wayland"});
+    const int accepted = accept4(compositor, nullptr, nullptr, SOCK_CLOEXEC);
+    terminate(instance());
+    EXPECT_TRUE(logSays("can't be asked to quit"));
+    EXPECT_FALSE(application->isTerminated());
+    close(accepted);
+    close(compositor);
 }
 
 using EndIsNoticed = Quitting;

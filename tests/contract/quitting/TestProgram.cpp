@@ -3,6 +3,7 @@
 //
 // sigterm=default|handle|ignore|signalfd   what SIGTERM does to it; "handle" ends it in an orderly way
 // display                                  connects to the display, without a window
+// wayland                                  holds a connection to a Wayland display, and no more
 // windows=N on-close=close|ask|ignore|hide what its windows do when asked to close; it ends with the last one
 // no-delete                                its windows do not take the request at all
 // dialog                                   the first window has a dialog, which takes the request too
@@ -23,6 +24,8 @@
 #include <optional>
 #include <string>
 #include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 #include <vector>
 #include <xcb/xcb.h>
@@ -60,6 +63,7 @@ public:
 
     int run() {
         prepareSignals();
+        if (has("wayland")) connectToWayland();
         if (has("display") || has("windows")) connectToDisplay();
         for (int i = 0; i < std::atoi(option("windows").c_str()); ++i)
             windows_.push_back(makeWindow(XCB_WINDOW_NONE));
@@ -99,6 +103,13 @@ private:
         const xcb_atom_t found = reply->atom;
         std::free(reply);
         return found;
+    }
+
+    static void connectToWayland() {
+        sockaddr_un address{AF_UNIX, {}};
+        std::snprintf(address.sun_path, sizeof address.sun_path, "%s/wayland-0", std::getenv("XDG_RUNTIME_DIR"));
+        const int server = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        if (connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) std::exit(6);
     }
 
     void connectToDisplay() {
