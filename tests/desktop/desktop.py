@@ -17,7 +17,7 @@ import gi
 gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib  # noqa: E402
 
-LIMIT_SECONDS = 90
+LIMIT_SECONDS = 60
 WATCHER = "org.kde.StatusNotifierWatcher"
 FIXED_TITLES = ["", "Manage Accounts...", "Letterloft Help", "Quit"]
 
