@@ -49,17 +49,17 @@ std::string desktopId(const std::string& path) {
 }
 
 // "%f" and its like stand for what is opened, which is no part of the program (Desktop Entry Specification, "The Exec
-// key").
-bool holdsFieldCode(const std::string& argument) {
-    for (std::size_t at = 0; (at = argument.find('%', at)) != std::string::npos; at += 2)
-        if (at + 1 < argument.size() && argument[at + 1] != '%') return true;
-    return false;
-}
-
-std::string withoutDoubledPercents(std::string argument) {
-    for (std::size_t at = 0; (at = argument.find("%%", at)) != std::string::npos; ++at)
-        argument.erase(at, 1);
-    return argument;
+// key"); "%%" stands for a percent sign.
+std::string withoutFieldCodes(const std::string& argument) {
+    std::string text;
+    for (std::size_t at = 0; at < argument.size(); ++at) {
+        const bool isCode = argument[at] == '%' && at + 1 < argument.size();
+        if (!isCode)
+            text += argument[at];
+        else if (argument[++at] == '%')
+            text += '%';
+    }
+    return text;
 }
 
 Result<std::vector<std::string>> parsedExec(const std::string& path, const std::string& exec) {
@@ -73,9 +73,10 @@ Result<std::vector<std::string>> parsedExec(const std::string& path, const std::
     }
     const GlibPointer<gchar*> owned{list};
     std::vector<std::string> command;
-    for (int i = 0; i < count; ++i)
-        if (std::string argument{list[i]}; !holdsFieldCode(argument))
-            command.push_back(withoutDoubledPercents(std::move(argument)));
+    for (int i = 0; i < count; ++i) {
+        std::string argument = withoutFieldCodes(list[i]);
+        if (!argument.empty() || list[i][0] == '\0') command.push_back(std::move(argument));
+    }
     return command;
 }
 

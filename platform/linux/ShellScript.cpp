@@ -50,7 +50,6 @@ public:
         while (at_ < text_.size())
             step();
         endCommand();
-        markLast();
         return std::move(commands_);
     }
 
@@ -346,14 +345,6 @@ private:
         if (program.find('/') != std::string::npos && program.front() != '/' && !folder_.empty())
             program = joined(folder_, program);
         commands_.push_back(std::move(command));
-    }
-
-    void markLast() {
-        for (auto command = commands_.rbegin(); command != commands_.rend(); ++command)
-            if (!holdsWord({"exit", "wait", "return", ":"}, command->words.front())) {
-                command->isLast = true;
-                return;
-            }
     }
 
     const std::string text_;

@@ -13,7 +13,6 @@ struct ShellCommand {
     bool replacesShell = false;    // `exec`
     bool inBackground = false;     // `&`
     bool handsArgumentsOn = false; // "$@" or $*
-    bool isLast = false;           // nothing comes after it
 };
 
 // `script` is where the text stands (absolute), for "$0"; empty for the text of `sh -c`. A word with several possible

@@ -104,11 +104,11 @@ private:
         for (const auto& argument : arguments)
             if (argument.starts_with("--app-id=")) return addNamed(StartedProgram::Kind::webApp, argument, file);
         const std::string interpreter = interpreterName(words.front());
-        const auto head = headOfFile(file, 256).value_or("");
-        if (isInterpreter(interpreter) && !head.starts_with("#!"))
+        // Also where the name leads to a script that picks one of several versions.
+        if (isInterpreter(interpreter))
             resolveInterpreted(interpreter, file, arguments, depth);
         else
-            addFile(file, head, depth);
+            addFile(file, depth);
     }
 
     void resolveInterpreted(const std::string& interpreter, const std::string& file,
@@ -134,7 +134,8 @@ private:
         programs.push_back(line);
     }
 
-    void addFile(const std::string& file, const std::string& head, int depth) {
+    void addFile(const std::string& file, int depth) {
+        const auto head = headOfFile(file, 256).value_or("");
         if (const auto interpreter = shebangInterpreter(head))
             return addScript(file, interpreterName(*interpreter), depth);
         StartedProgram program;
@@ -158,9 +159,10 @@ private:
 
     void resolveScript(const std::string& text, const std::string& file, int depth) {
         for (const auto& command : commandsOfShellScript(text, file)) {
-            // Other commands of a script are at most helpers, or run below the shell that waits for them.
-            const bool starts = command.replacesShell || command.inBackground || command.handsArgumentsOn ||
-                                (file.empty() && command.isLast);
+            // Other commands of a file are at most helpers, or run below the shell that waits for them; a text is
+            // written for the one thing it starts.
+            const bool starts =
+                file.empty() || command.replacesShell || command.inBackground || command.handsArgumentsOn;
             if (starts && !isBystander(lastComponent(command.words.front()))) resolve(command.words, depth + 1);
         }
     }

@@ -1,0 +1,225 @@
+// Which processes are the application's, and which only look like it. Each promise is checked by what is left running.
+#include "tests/contract/applications/ApplicationsFixture.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <unistd.h>
+
+namespace letterloft {
+
+namespace {
+
+using Found = Applications;
+using Pids = std::set<pid_t>;
+
+std::vector<std::string> withMark(const std::string& desktopFile, const std::string& command) {
+    return {"sh", "-c",
+            "GIO_LAUNCHED_DESKTOP_FILE='" + desktopFile + "' GIO_LAUNCHED_DESKTOP_FILE_PID=$$ exec " + command};
+}
+
+TEST_F(Found, ByTheExecutableHoweverItIsCalled) {
+    const std::string mailer = program("bin/mailer");
+    std::filesystem::create_hard_link(mailer, desktop_.home() + "/bin/linked");
+    std::filesystem::create_symlink(mailer, desktop_.home() + "/bin/pointing");
+    const pid_t direct = started({mailer});
+    const pid_t second = started({mailer, "--again"});
+    const pid_t linked = started({desktop_.home() + "/bin/linked"});
+    const pid_t pointing = started({desktop_.home() + "/bin/pointing"});
+    started({program("elsewhere/mailer")}); // the same bytes are not the same program
+    EXPECT_EQ(quit(entry("mail", mailer + " %u")), (Pids{direct, second, linked, pointing}));
+}
+
+TEST_F(Found, AsAnExecutableOfItsOwn) {
+    const std::string mailer = program("a folder/mailer");
+    const pid_t direct = started({mailer});
+    started({program("other")});
+    EXPECT_EQ(quit(mailer), Pids{direct});
+}
+
+TEST_F(Found, WhenItsProgramHasBeenUpgradedMeanwhile) {
+    const std::string mailer = program("bin/mailer");
+    const pid_t before = started({mailer});
+    std::filesystem::rename(program("bin/mailer.new"), mailer);
+    const pid_t after = started({mailer});
+    EXPECT_EQ(quit(entry("mail", mailer)), (Pids{before, after}));
+}
+
+TEST_F(Found, WhenItsProgramHasBeenRemovedMeanwhile) {
+    const std::string mailer = program("bin/mailer");
+    const pid_t before = started({mailer});
+    std::filesystem::remove(mailer);
+    EXPECT_EQ(quit(mailer), Pids{before});
+    EXPECT_NE(log_.text.find("There is no application at " + mailer), std::string::npos);
+}
+
+TEST_F(Found, WhenItsNameLooksLikeThatOfARemovedProgram) {
+    const std::string odd = program("bin/mailer (deleted)");
+    const pid_t running = started({odd});
+    EXPECT_EQ(quit(program("bin/mailer")), Pids{});
+    EXPECT_EQ(quit(odd), Pids{running});
+}
+
+TEST_F(Found, ThroughLaunchersInItsExecLine) {
+    const std::string mailer = program("bin/mailer");
+    for (const std::string& exec :
+         {"env MODE=quiet -u LANG " + mailer + " %U", "nice -n 1 " + mailer, "sh -c \"exec " + mailer + " %f\"",
+          "sh -c \"cd / && " + mailer + "\"", "env -- nohup \"" + mailer + "\"", "/bin/sh -c '" + mailer + "; true'"}) {
+        const pid_t direct = started({mailer});
+        EXPECT_TRUE(quit(entry("mail", exec)).contains(direct)) << exec;
+    }
+    started({"env", "MODE=quiet", program("bin/other")});
+    started({"nice", "-n", "1", program("bin/third")});
+    EXPECT_EQ(instances(entry("mail", "env MODE=quiet " + mailer)).size(), 0u);
+    EXPECT_EQ(instances(entry("mail", "nice -n 1 " + mailer)).size(), 0u);
+}
+
+TEST_F(Found, BelowAWrapperThatBecomesIt) {
+    const std::string mailer = program("lib/mailer-bin");
+    const std::string wrapper = desktop_.write(
+        "bin/mailer", "#!/bin/sh\nLIB=\"$(dirname \"$0\")/../lib\"\nNAME=mailer\nexec \"$LIB/$NAME-bin\" \"$@\"\n",
+        0755);
+    const pid_t wrapped = started({wrapper, "--new"});
+    const pid_t direct = started({mailer});
+    started({"sh", "-c", program("bin/other") + "; true", wrapper}); // the wrapper as a mere argument
+    EXPECT_EQ(quit(entry("mail", wrapper + " %u")), (Pids{wrapped, direct}));
+}
+
+TEST_F(Found, BelowAWrapperThatStartsItAndWaits) {
+    const std::string hidden = program("lib/odd-name");
+    desktop_.write("lib/name", hidden);
+    const std::string wrapper = desktop_.write(
+        "bin/mailer", "#!/bin/sh\nread name < " + desktop_.home() + "/lib/name\n\"$name\"\necho over\n", 0755);
+    const pid_t below = started({wrapper});
+    started({hidden}); // nothing says that it has to do with the wrapper
+    EXPECT_EQ(quit(entry("mail", wrapper)), Pids{below});
+}
+
+TEST_F(Found, BelowAWrapperThatHasGone) {
+    const std::string mailer = program("lib/mailer-bin");
+    const std::string wrapper = desktop_.write("bin/mailer", "#!/bin/sh\n" + mailer + " \"$@\" &\n", 0755);
+    const pid_t left = started({wrapper});
+    EXPECT_EQ(quit(entry("mail", wrapper)), Pids{left});
+}
+
+TEST_F(Found, AsTheScriptThatAnInterpreterRuns) {
+    const std::string text = "#!/usr/bin/env python3\nimport os, sys, time\n"
+                             "print('ready', os.getpid(), flush=True)\nos.chdir('/')\ntime.sleep(1000)\n";
+    const std::string mailer = desktop_.write("bin/mailer", text, 0755);
+    const std::string namesake = desktop_.write("elsewhere/mailer", text, 0755);
+    const pid_t direct = started({mailer});
+    const pid_t byInterpreter = started({"python3", "-W", "ignore", mailer, "--debug"});
+    const pid_t relative = started({"sh", "-c", "cd " + desktop_.home() + "/bin && exec python3 ./mailer"});
+    started({namesake});
+    started({namesake, mailer});
+    started({"python3", "-c", "import os, time; print('ready', os.getpid(), flush=True); time.sleep(1000)", mailer});
+    started({program("bin/other"), mailer});
+    EXPECT_EQ(quit(entry("mail", mailer + " %U")), (Pids{direct, byInterpreter, relative}));
+}
+
+TEST_F(Found, ByTheDesktopsMarkWithItsOwnNumber) {
+    const std::string unknown = program("lib/unknown");
+    const std::string mail = entry("mail", desktop_.write("bin/mailer", "#!/usr/bin/perl\nexec $ENV{MAILER};\n", 0755));
+    const pid_t marked = started(withMark(mail, unknown));
+    // A mark that was inherited says only who started the one above.
+    started({"env", "GIO_LAUNCHED_DESKTOP_FILE=" + mail, "GIO_LAUNCHED_DESKTOP_FILE_PID=1", unknown});
+    started({"env", "GIO_LAUNCHED_DESKTOP_FILE=" + mail, unknown});
+    EXPECT_EQ(quit(mail), Pids{marked});
+}
+
+TEST_F(Found, ExceptWhatIsMarkedForAnotherEntry) {
+    const std::string mailer = program("bin/mailer");
+    const std::string mail = entry("mail", mailer);
+    const std::string other = entry("other", mailer + " --profile other");
+    const std::string copy =
+        desktop_.write("autostart/copy.desktop", "[Desktop Entry]\nType=Application\nExec=" + mailer);
+    const pid_t own = started(withMark(mail, mailer));
+    const pid_t copied = started(withMark(copy, mailer)); // another file, but the very same thing
+    const pid_t unmarked = started({mailer});
+    const pid_t others = started(withMark(other, mailer));
+    EXPECT_EQ(quit(mail), (Pids{own, copied, unmarked}));
+    EXPECT_EQ(quit(other), (Pids{own, copied, unmarked, others}));
+}
+
+TEST_F(Found, InABundleWhicheverOfItsProgramsRuns) {
+    const std::string main = program("Mail.app/Contents/MacOS/Mail");
+    const std::string helper = program("Mail.app/Contents/Helpers/Indexer");
+    desktop_.write(
+        "Mail.app/Contents/Info.plist",
+        "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>CFBundleIdentifier</key>"
+        "<string>org.example.Mail</string><key>CFBundleExecutable</key><string>Mail</string></dict></plist>");
+    const pid_t one = started({main});
+    const pid_t two = started({helper});
+    started({program("Mail.app.old/Contents/MacOS/Mail")});
+    EXPECT_EQ(quit(desktop_.home() + "/Mail.app/"), (Pids{one, two}));
+}
+
+TEST_F(Found, ByNothingWhenTheEntryIsBroken) {
+    started({program("bin/mailer")});
+    for (const auto& [exec, reason] :
+         std::vector<std::pair<std::string, std::string>>{{"'" + desktop_.home() + "/bin/mailer", "can't be read"},
+                                                          {"", "names no program"},
+                                                          {"/nowhere/mailer", "is missing"}}) {
+        const std::string broken = entry("broken", exec);
+        log_.text.clear();
+        EXPECT_EQ(quit(broken), Pids{}) << exec;
+        EXPECT_NE(log_.text.find(broken), std::string::npos) << log_.text;
+        EXPECT_NE(log_.text.find(reason), std::string::npos) << log_.text;
+    }
+    EXPECT_EQ(quit(desktop_.home()), Pids{}); // a folder
+    EXPECT_EQ(quit(desktop_.home() + "/nothing\nhere"), Pids{});
+    EXPECT_NE(log_.text.find("nothing\\nhere"), std::string::npos) << log_.text;
+}
+
+class FoundOnDesktop : public Applications {
+protected:
+    FoundOnDesktop() {
+        desktop_.startBus();
+        desktop_.startDisplay();
+    }
+
+    // One that speaks on the bus and shows windows of the class "Tester"; asked to quit on either it does.
+    std::string speaking(const std::string& place) const {
+        const std::filesystem::path file = desktop_.home() + "/" + place;
+        std::filesystem::create_directories(file.parent_path());
+        std::filesystem::copy_file(LETTERLOFT_TEST_PROGRAM, file);
+        return file;
+    }
+};
+
+TEST_F(FoundOnDesktop, ByTheNameItOwnsOnTheBus) {
+    const std::string unknown = speaking("lib/unknown");
+    const std::string mail = entry("org.example.Mail", "", "DBusActivatable=true");
+    const pid_t owner = started({unknown, "bus=org.example.Mail", "name", "on-quit=quit"});
+    started({unknown, "bus=org.example.Other", "name", "on-quit=quit"});
+    EXPECT_EQ(quit(mail), Pids{owner});
+}
+
+TEST_F(FoundOnDesktop, ByTheClassOfItsWindowsWhereTheProgramCanNotBeTold) {
+    const std::string wrapper =
+        desktop_.write("bin/mailer", "#!/bin/sh\n. /dev/null\nexec \"$UNKNOWN\" windows=1 on-close=close\n", 0755);
+    const std::string unknown = speaking("lib/unknown");
+    const std::string mail = entry("mail", wrapper, "StartupWMClass=Tester");
+    const pid_t shown = started({"env", "UNKNOWN=" + unknown, wrapper});
+    started({unknown}); // shows nothing
+    EXPECT_EQ(quit(mail), Pids{shown});
+}
+
+TEST_F(FoundOnDesktop, NeverByTheClassAloneWhereTheProgramIsKnown) {
+    const std::string mailer = speaking("bin/mailer");
+    const pid_t own = started({mailer, "windows=1", "on-close=close"});
+    started({speaking("elsewhere/mailer"), "windows=1", "on-close=close"});
+    EXPECT_EQ(quit(entry("mail", mailer, "StartupWMClass=Tester")), Pids{own});
+}
+
+TEST_F(FoundOnDesktop, ExceptWhatShowsTheWindowsOfAnotherEntry) {
+    const std::string mailer = speaking("bin/mailer");
+    const std::string mail = entry("mail", mailer, "StartupWMClass=Mailer");
+    entry("other", mailer + " --profile other", "StartupWMClass=Tester");
+    const pid_t hidden = started({mailer});
+    started({mailer, "windows=1", "on-close=close"});
+    EXPECT_EQ(quit(mail), Pids{hidden});
+}
+
+} // namespace
+
+} // namespace letterloft

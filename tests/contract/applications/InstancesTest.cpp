@@ -1,0 +1,109 @@
+// What belongs to one instance, when it has ended, and what is never asked.
+#include "platform/linux/ProcessTable.h"
+#include "tests/contract/applications/ApplicationsFixture.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace letterloft {
+
+namespace {
+
+using Instance = Applications;
+using Pids = std::set<pid_t>;
+
+TEST_F(Instance, HoldsTheProcessesItStartedOfItself) {
+    const std::string browser = program("bin/browser");
+    const auto first = start({browser, "children=3"}, 4);
+    const auto second = start({browser, "children=1"}, 2);
+    EXPECT_EQ(instances(browser).size(), 2u);
+    Pids all{first.begin(), first.end()};
+    all.insert(second.begin(), second.end());
+    EXPECT_EQ(quit(browser), all);
+}
+
+TEST_F(Instance, IsOneOfItsOwnWhenAnotherProgramStandsBetween) {
+    const std::string terminal = program("bin/terminal");
+    start({"sh", "-c", terminal + " & sh -c '" + terminal + "; true'; wait"}, 2);
+    EXPECT_EQ(instances(terminal).size(), 2u);
+}
+
+TEST_F(Instance, GoesOnAsTheProcessItLeftBehind) {
+    const std::string server = program("bin/server");
+    const pid_t reforked = started({server, "refork"});
+    EXPECT_EQ(quit(entry("server", server + " --start")), Pids{reforked});
+}
+
+TEST_F(Instance, HasNotEndedBeforeWhatCameWhileItEnded) {
+    const std::string mailer = program("bin/mailer");
+    start({mailer, "heir"});
+    auto found = instances(mailer);
+    ASSERT_EQ(found.size(), 1u);
+    found[0]->terminate();
+    // The first process ends, its heir is there by then and stays.
+    EXPECT_TRUE(watcher_.serve(20000));
+    EXPECT_FALSE(found[0]->isTerminated());
+    for (const auto& [pid, process] : ProcessTable{::getuid()}.processes())
+        if (process.executable == mailer) kill(pid, SIGUSR1);
+    EXPECT_TRUE(waitForEnd(*found[0]));
+}
+
+TEST_F(Instance, IsNotOneThatStartedLater) {
+    const std::string mailer = program("bin/mailer");
+    started({mailer});
+    auto found = instances(mailer);
+    ASSERT_EQ(found.size(), 1u);
+    started({"setsid", mailer});
+    found[0]->terminate();
+    EXPECT_TRUE(waitForEnd(*found[0]));
+    EXPECT_EQ(instances(mailer).size(), 1u);
+}
+
+TEST_F(Instance, IsWaitedForWithTheWrapperAboveIt) {
+    const std::string mailer = program("lib/mailer-bin");
+    const std::string done = desktop_.home() + "/done";
+    mkfifo(done.c_str(), 0600);
+    const std::string wrapper =
+        desktop_.write("bin/mailer", "#!/bin/sh\n" + mailer + " \"$@\"\nread tidied < " + done + "\n", 0755);
+    start({wrapper});
+    auto found = instances(entry("mail", wrapper));
+    ASSERT_EQ(found.size(), 1u);
+    found[0]->terminate();
+    EXPECT_TRUE(watcher_.serve(20000)); // the program
+    EXPECT_FALSE(found[0]->isTerminated());
+    std::ofstream{done} << "yes\n";
+    EXPECT_TRUE(waitForEnd(*found[0]));
+}
+
+TEST_F(Instance, IsTheScriptItselfWhereItStartsNothingButPauses) {
+    const std::string script = desktop_.write(
+        "bin/notifier", "#!/bin/sh\ntrap 'kill $!; exit' TERM\necho ready $$\nsleep 1000 & wait\n", 0755);
+    const pid_t running = started({script});
+    EXPECT_EQ(quit(script), Pids{running});
+}
+
+TEST_F(Instance, IsNeverThisProgramNorOneItComesFrom) {
+    const std::string own = std::filesystem::read_symlink("/proc/self/exe");
+    const std::string sentence = own + " (" + std::to_string(getpid()) + ") of " + own + " is not asked to quit";
+    instances(own);
+    EXPECT_NE(log_.text.find(sentence), std::string::npos) << log_.text;
+
+    const pid_t below = fork();
+    if (below == 0) {
+        log_.text.clear();
+        bus_.reset();
+        instances(own);
+        _exit(log_.text.find(sentence) != std::string::npos ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(below, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
+} // namespace
+
+} // namespace letterloft

@@ -1,0 +1,95 @@
+// What command lines and wrapper scripts come down to.
+#include "platform/linux/StartedProgram.h"
+#include "platform/linux/ApplicationEntry.h"
+#include "tests/contract/applications/ApplicationsFixture.h"
+
+namespace letterloft {
+
+namespace {
+
+class Resolved : public Applications {
+protected:
+    // The programs, without wrappers, by what follows the home in their paths.
+    std::vector<std::string> of(const std::string& script) const {
+        std::vector<std::string> found;
+        const std::string wrapper = desktop_.write("bin/wrapper", script, 0755);
+        for (const auto& one : programsStartedBy({wrapper}))
+            if (!one.isWrapper())
+                found.push_back(one.file.starts_with(desktop_.home()) ? one.file.substr(desktop_.home().size() + 1)
+                                                                      : one.name + one.file);
+        return found;
+    }
+    using Names = std::vector<std::string>;
+};
+
+TEST_F(Resolved, FromTheWaysScriptsFindTheirProgram) {
+    const std::string real = program("lib/real");
+    for (const std::string& line : std::vector<std::string>{
+             "exec " + real + " \"$@\"", "exec -a mailer " + real,
+             "export A=1 LIB=" + desktop_.home() + "/lib\nexec ${LIB}/real ${1+\"$@\"}",
+             "LIB=${LIB:-" + desktop_.home() + "/lib}; \"$LIB\"/real \"$@\"; exit $?", "exec \"${0%/*}/../lib/real\"",
+             "here=`dirname \"$(readlink -f \"$0\")\"`\nexec \"$here/../lib/real\" \"$@\"",
+             "cd \"$(dirname \"$0\")/../lib\" || exit 1\n./real \"$@\"",
+             "DIR=$(cd \"$(dirname \"${BASH_SOURCE[0]}\")\" && pwd)\nexec $DIR/../lib/real",
+             "if [ -n \"$DEBUG\" ]; then exec gdb --args nothing; else exec env A=1 " + real + "; fi",
+             "[ -x /nowhere ] && exec /nowhere \"$@\"\n" + real + " >/dev/null 2>&1 &",
+             "cat <<EOF >/dev/null\nexec /bin/ls \"$@\"\nEOF\nexec " + real + " # exec /bin/ls",
+             "nohup setsid " + real + " &> /dev/null &"})
+        EXPECT_EQ(of("#!/bin/sh\n" + line + "\n"), Names{"lib/real"}) << line;
+}
+
+TEST_F(Resolved, ToNothingFromWhatAScriptDoesOnTheSide) {
+    EXPECT_EQ(of("#!/bin/sh\nmkdir -p x\n/bin/ls\necho \"$@\"\nzenity --info &\n[ \"$@\" ]\nexec 2>/dev/null\n"),
+              Names{});
+    EXPECT_EQ(of("#!/bin/sh\nexec \"$0\"\n"), Names{}); // starts itself for ever
+    EXPECT_EQ(of("#!/bin/sh\n\"'`$(${((\\"), Names{});
+    EXPECT_EQ(of("#!/bin/sh\n" + std::string(20000, '(') + "\n"), Names{});
+}
+
+TEST_F(Resolved, ToTheTargetOfAGeneralLauncher) {
+    const std::string jar = desktop_.write("lib/mail.jar", "PK");
+    const auto only = [](const std::vector<std::string>& command) {
+        const auto programs = programsStartedBy(command);
+        return programs.size() == 1 ? programs.front() : StartedProgram{};
+    };
+    EXPECT_EQ(only({"flatpak", "run", "--branch=stable", "--command=mail", "org.example.Mail", "@@u"}).name,
+              "org.example.Mail");
+    EXPECT_EQ(only({"env", "A=/b", "snap", "run", "mail.desktop"}).name, "mail");
+    EXPECT_EQ(only({program("bin/browser"), "--profile=x", "--app-id=abc"}).name, "--app-id=abc");
+    EXPECT_EQ(only({"python3", "-m", "mailer", "--quiet"}).arguments,
+              (std::vector<std::string>{"-m", "mailer", "--quiet"}));
+    EXPECT_TRUE(programsStartedBy({"python3"}).empty());
+    const auto script = only({"perl", "-w", jar});
+    EXPECT_EQ(script.kind, StartedProgram::Kind::script);
+    EXPECT_EQ(script.file, jar);
+}
+
+TEST_F(Resolved, ForABundleFromEitherKindOfPropertyList) {
+    program("Old.app/Oldmail");
+    desktop_.write(
+        "Old.app/Resources/Info-gnustep.plist",
+        "{\n  ApplicationName = \"Old\";\n  NSExecutable = \"Oldmail\";\n  CFBundleIdentifier = org.old.Mail;\n}\n");
+    const auto old = ApplicationEntry::at(desktop_.home() + "/Old.app");
+    EXPECT_EQ(old.identifier, "org.old.Mail");
+    EXPECT_EQ(old.command, (std::vector<std::string>{desktop_.home() + "/Old.app/Oldmail"}));
+
+    desktop_.write("Bad.app/Contents/Info.plist",
+                   "<plist><dict><key>CFBundleExecutable</key><string>../../bin/sh</string>");
+    const auto bad = ApplicationEntry::at(desktop_.home() + "/Bad.app");
+    EXPECT_FALSE(bad.usable);
+    EXPECT_EQ(bad.identifier, desktop_.home() + "/Bad.app");
+}
+
+TEST_F(Resolved, ForADesktopEntryToTheSameIdInAnyFolder) {
+    const auto mail = ApplicationEntry::at(entry("org.example.Mail", "/bin/ls %U --title=%c 100%%"));
+    EXPECT_EQ(mail.identifier, "org.example.Mail");
+    EXPECT_EQ(mail.command, (std::vector<std::string>{"/bin/ls", "--title=", "100%"}));
+    EXPECT_TRUE(mail.isDesktopFile("/usr/share/applications/org.example.Mail.desktop"));
+    EXPECT_FALSE(mail.isDesktopFile("/usr/share/applications/org.example.Mail2.desktop"));
+    EXPECT_FALSE(mail.isDesktopFile("/tmp/org.example.Mail.desktop"));
+    EXPECT_EQ(ApplicationEntry::at("/usr/share/applications/kde/mail.desktop").identifier, "kde-mail");
+}
+
+} // namespace
+
+} // namespace letterloft

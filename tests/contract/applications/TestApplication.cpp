@@ -1,0 +1,70 @@
+// An application to be found. Tells "ready PID" once it is up, in each of its processes, and ends upon SIGTERM.
+//
+// children=N   starts itself that often, as browsers do for their pages; those end with it
+// refork       goes on as a process that nobody waits for, as servers do
+// heir         starts itself once more when it is asked to end; that one stays until SIGUSR1
+// Anything else is ignored.
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+void startSelf(const char* file, const char* option) {
+    if (fork() == 0) {
+        execl(file, file, option, nullptr);
+        _exit(127);
+    }
+}
+
+[[noreturn]] void waitFor(int signal) {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, signal);
+    int got = 0;
+    sigwait(&set, &got);
+    std::exit(0);
+}
+
+void heirComes(int) {}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    int children = 0;
+    bool isHeir = false;
+    bool leavesHeir = false;
+    for (int i = 1; i < count; ++i) {
+        if (std::strncmp(arguments[i], "children=", 9) == 0) children = std::atoi(arguments[i] + 9);
+        if (std::strcmp(arguments[i], "child") == 0) prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (std::strcmp(arguments[i], "is-heir") == 0) isHeir = true;
+        if (std::strcmp(arguments[i], "heir") == 0) leavesHeir = true;
+        if (std::strcmp(arguments[i], "refork") == 0 && fork() != 0) return 0;
+        if (std::strcmp(arguments[i], "refork") == 0) setsid();
+    }
+    // Caught, so that it counts as handled, and blocked until it is waited for.
+    std::signal(SIGTERM, heirComes);
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGTERM);
+    sigaddset(&set, SIGUSR1);
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+    for (int i = 0; i < children; ++i)
+        startSelf(arguments[0], "child");
+    std::printf("ready %d\n", static_cast<int>(getpid()));
+    std::fflush(stdout);
+    if (isHeir) waitFor(SIGUSR1);
+    if (!leavesHeir) waitFor(SIGTERM);
+    int got = 0;
+    sigset_t term;
+    sigemptyset(&term);
+    sigaddset(&term, SIGTERM);
+    sigwait(&term, &got);
+    startSelf(arguments[0], "is-heir");
+    return 0;
+}
