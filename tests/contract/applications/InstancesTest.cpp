@@ -47,7 +47,8 @@ TEST_F(Instance, HasNotEndedBeforeWhatCameWhileItEnded) {
     // The first process ends, its heir is there by then and stays.
     EXPECT_TRUE(watcher_.serve(20000));
     EXPECT_FALSE(found[0]->isTerminated());
-    for (const auto& [pid, process] : ProcessTable{::getuid()}.processes())
+    const ProcessTable table{::getuid()};
+    for (const auto& [pid, process] : table.processes())
         if (process.executable == mailer) kill(pid, SIGUSR1);
     EXPECT_TRUE(waitForEnd(*found[0]));
 }
