@@ -48,7 +48,7 @@ void notePid(GDesktopAppInfo* /*info*/, GPid pid, gpointer destination) { *stati
 
 Status failure(const std::string& path, const GError* error) {
     const std::string reason = error != nullptr ? error->message : "no reason is known";
-    return Status::failure("\"" + path + "\" could not be started: " + reason + ".");
+    return Status::failure("The application at " + path + " could not be started: " + reason);
 }
 
 // Without G_SPAWN_DO_NOT_REAP_CHILD GLib starts it through a child that ends at once, so it is no child of ours. It
@@ -57,7 +57,7 @@ constexpr GSpawnFlags spawnFlags = G_SPAWN_SEARCH_PATH;
 
 Status startEntry(const std::string& path, pid_t& pid) {
     const GObjectPointer<GDesktopAppInfo> info{g_desktop_app_info_new_from_filename(path.c_str())};
-    if (!info) return Status::failure("\"" + path + "\" is no desktop entry that can be started.");
+    if (!info) return Status::failure("The desktop entry at " + path + " can't be started");
     const GObjectPointer<GAppLaunchContext> context{g_app_launch_context_new()};
     for (const char* mark : marksOfOurOwnStart)
         g_app_launch_context_unsetenv(context.get(), mark);
@@ -103,8 +103,10 @@ Status GioLauncher::launch(const std::string& path) {
     if (!entry.usable) return entry.usable;
     const bool isEntry = entry.kind == ApplicationEntry::Kind::desktopEntry;
     if (entry.dBusActivatable && bus_.isThere() && !bus_.isReachable(entry.identifier)) {
-        return Status::failure("\"" + path + "\" could not be started: nothing on the session bus owns or starts \"" +
-                               entry.identifier + "\".");
+        return Status::failure("The application at " + path +
+                               " could not be started: nothing on the session bus owns "
+                               "or starts " +
+                               entry.identifier);
     }
     pid_t pid = 0; // stays 0 where the session bus starts it
     const Status status = isEntry ? startEntry(entry.path, pid) : startFile(path, entry.command, pid);

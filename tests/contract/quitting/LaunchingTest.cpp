@@ -177,12 +177,12 @@ TEST_F(LaunchOfEntry, InATerminalOnlyIfThereIsOne) {
 }
 
 TEST_F(LaunchOfEntry, IsRefusedWithTheReason) {
-    expectRefused(entry(reportingExec() + "\nTryExec=/nowhere/tester"), "");
-    expectRefused(entry("Exec=\"/bin/true"), "");
-    expectRefused(entry("Exec=/nowhere/tester"), "");
-    expectRefused(entry("Comment=no Exec line"), "");
-    expectRefused(desktop.write("share/applications/broken.desktop", "no entry at all"), "");
-    expectRefused(desktop.home() + "/share/applications/missing.desktop", "");
+    expectRefused(entry(reportingExec() + "\nTryExec=/nowhere/tester"), "is missing");
+    expectRefused(entry("Exec=\"/bin/true"), "Exec line");
+    expectRefused(entry("Exec=/nowhere/tester"), "is missing");
+    expectRefused(entry("Comment=none"), "names no program");
+    expectRefused(desktop.write("share/applications/broken.desktop", "no entry at all"), "desktop entry");
+    expectRefused(desktop.home() + "/share/applications/missing.desktop", "No such file");
 }
 
 TEST_F(LaunchOfEntry, ByTheBusReachesAProgramThatRuns) {
@@ -255,11 +255,11 @@ TEST_F(LaunchOfFile, StartsTheProgramOfABundle) {
 }
 
 TEST_F(LaunchOfFile, IsRefusedWithTheReason) {
-    expectRefused(desktop.write("plain", "no program"), "");
-    expectRefused(desktop.home(), "");
-    expectRefused(desktop.home() + "/missing", "");
+    expectRefused(desktop.write("plain", "no program"), "no program");
+    expectRefused(desktop.home(), "no application");
+    expectRefused(desktop.home() + "/missing", "No such file");
     std::filesystem::create_directories(desktop.home() + "/Empty.app");
-    expectRefused(desktop.home() + "/Empty.app", "");
+    expectRefused(desktop.home() + "/Empty.app", "bundle");
 }
 
 } // namespace letterloft
