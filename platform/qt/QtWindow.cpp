@@ -4,9 +4,17 @@
 #include <QEvent>
 #include <QScreen>
 
+#include <algorithm>
 #include <utility>
 
 namespace letterloft {
+
+namespace {
+
+// Leaves some for the frame and the title bar.
+QSize roomFor(const QWidget& window) { return window.screen()->availableGeometry().size() * 0.95; }
+
+} // namespace
 
 QtWindow::QtWindow(std::unique_ptr<QWidget> widget, NotificationCenter& notifications)
     : widget_{std::move(widget)}, notifications_{notifications} {
@@ -66,6 +74,7 @@ bool QtWindow::beginSheet(std::unique_ptr<QDialog> sheet, std::function<void()> 
         std::exchange(sheet_, nullptr)->deleteLater();
         running();
     });
+    sheet_->resize(sheet_->size().boundedTo(roomFor(*sheet_)));
     sheet_->open();
     return true;
 }
@@ -73,7 +82,8 @@ bool QtWindow::beginSheet(std::unique_ptr<QDialog> sheet, std::function<void()> 
 bool QtWindow::eventFilter(QObject* watched, QEvent* event) {
     // QCoreApplication::quit() closes every window, and sheets then report an answer that nobody gave (Qt 6.4).
     if (event->type() == QEvent::Quit && watched == QCoreApplication::instance()) prepareToEnd();
-    if (event->type() == QEvent::Close && watched == widget_.get() && !ending_ && !closing_) prepareToClose();
+    // Comes twice for one closing (Qt 6.4); the second one finds the window hidden.
+    if (event->type() == QEvent::Close && watched == widget_.get() && !ending_) close();
     return false;
 }
 
@@ -97,9 +107,10 @@ void QtWindow::prepareToEnd() {
         this, [this] { ending_ = false; }, Qt::QueuedConnection);
 }
 
+// The size an interface file gives is meant for a font 16 points high.
 void QtWindow::fitToScreen() {
-    const QSize available = widget_->screen()->availableGeometry().size();
-    widget_->resize(widget_->size().expandedTo(widget_->sizeHint()).boundedTo(available));
+    const qreal largerFont = std::max(1.0, widget_->fontMetrics().height() / 16.0);
+    widget_->resize((widget_->size() * largerFont).expandedTo(widget_->sizeHint()).boundedTo(roomFor(*widget_)));
 }
 
 } // namespace letterloft
