@@ -26,6 +26,11 @@ QWidget* QtCellDelegate::createEditor(QWidget* parent, const QStyleOptionViewIte
     return editor_;
 }
 
+void QtCellDelegate::destroyEditor(QWidget* editor, const QModelIndex& index) const {
+    if (editor == editor_) editor_ = nullptr;
+    QStyledItemDelegate::destroyEditor(editor, index);
+}
+
 void QtCellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const {
     // An alert that the model raises takes the focus, and the view would commit a second time.
     if (handedOver_ || editor != editor_) return;
@@ -63,10 +68,10 @@ bool QtCellDelegate::handleKey(QWidget& editor, int key) {
 
 void QtCellDelegate::handOver(QWidget& editor) {
     if (handedOver_) return;
-    const QPointer<QWidget> open{&editor};
-    Q_EMIT commitData(open);
+    Q_EMIT commitData(&editor);
+    if (editor_ != &editor) return; // rows were reloaded, and the view has closed it
     editor_ = nullptr;
-    if (open) Q_EMIT closeEditor(open, QAbstractItemDelegate::NoHint);
+    Q_EMIT closeEditor(&editor, QAbstractItemDelegate::NoHint);
 }
 
 } // namespace letterloft
