@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QScreen>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
@@ -134,6 +135,7 @@ void QtApplicationChooser::accept() {
 void QtApplicationChooser::browse() {
     auto* const chooser = new QtFileChooser{{wanted_.prompt, wanted_.message, wanted_.folder, isApplication}};
     chooser->setParent(this, Qt::Sheet);
+    chooser->resize(chooser->size().boundedTo(screen()->availableGeometry().size() * 0.95));
     chooser->setAttribute(Qt::WA_DeleteOnClose);
     connect(chooser, &QDialog::accepted, this, [this, chooser] {
         chosen_ = chooser->chosen();
