@@ -1,0 +1,218 @@
+#include "platform/qt/QtOpenPanel.h"
+#include "tests/contract/windows/QtManagerWindow.h"
+#include "tests/fakes/FakeOpenPanels.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTreeView>
+
+#include <unistd.h>
+
+#include <optional>
+
+namespace letterloft {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Applications final : InstalledApplications {
+    std::vector<Application> all() const override {
+        return {{"Zeta Mail", "", "/apps/zeta.desktop"}, {"<b>alpha</b>", "none", "/apps/alpha.desktop"}};
+    }
+};
+
+struct FakeChooser {
+    FakeChooser() { fake.makeKeyAndOrderFront(); }
+    Window& window() { return fake; }
+    bool isShown() { return fake.sheet != nullptr; }
+    void choose(const std::string& path) { panels.last.lock()->choose(path); }
+    void cancel() { fake.pressEscape(); }
+
+    FakeNotificationCenter notifications;
+    FakeWindow fake{notifications};
+    FakeOpenPanels panels;
+};
+
+struct QtChooser {
+    QtChooser() { manager.show(); }
+    Window& window() { return manager.window(); }
+    bool isShown() { return manager.sheet() != nullptr; }
+    QTreeView& entries() { return *manager.sheet()->findChild<QTreeView*>(); }
+    QPushButton& confirm(const char* title = "OK") {
+        for (auto* const button : manager.sheet()->findChildren<QPushButton*>())
+            if (button->text() == QLatin1String{title}) return *button;
+        throw std::logic_error{"no such button"};
+    }
+    // Whether the entry is listed, and then selected.
+    bool select(const std::string& name) {
+        const QString wanted = QString::fromStdString(name);
+        const auto find = [this, wanted] {
+            return entries().model()->match(entries().model()->index(0, 0, entries().rootIndex()), Qt::DisplayRole,
+                                            wanted, 1, Qt::MatchExactly | Qt::MatchCaseSensitive);
+        };
+        if (!QTest::qWaitFor([&] { return !find().isEmpty(); })) return false;
+        entries().setCurrentIndex(find().first());
+        return true;
+    }
+    void choose(const std::string& path) {
+        ASSERT_TRUE(select(path.substr(path.rfind('/') + 1)));
+        confirm().click();
+    }
+    void cancel() { QTest::keyClick(manager.sheet(), Qt::Key_Escape); }
+
+    QtManagerWindow manager;
+    Applications applications;
+    QtOpenPanels panels{applications};
+};
+
+template <typename Chooser>
+class Choosers : public testing::Test {
+protected:
+    Choosers() {
+        QFile file{folder.filePath(QStringLiteral(".hidden"))};
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+
+    std::string path(const std::string& name) { return folder.path().toStdString() + "/" + name; }
+
+    void begin() {
+        const std::size_t before = results.size();
+        auto panel = chooser.panels.openPanel();
+        panel->setPrompt("OK");
+        panel->setMessage("<b>Select</b> File Or Folder...");
+        panel->setCanChooseFiles(true);
+        panel->setCanChooseDirectories(folders);
+        panel->setDirectoryURL(folder.path().toStdString());
+        panel->setAllowedFileTypes(types);
+        panel->beginSheetModalForWindow(chooser.window(), [this, weak = std::weak_ptr{panel}](int result) {
+            EXPECT_FALSE(chooser.isShown());
+            results.push_back(result);
+            urls = weak.lock()->urls(); // the panel keeps itself until now
+        });
+        EXPECT_EQ(results.size(), before) << "answered inside the call";
+    }
+
+    QTemporaryDir folder;
+    Chooser chooser;
+    bool folders = true;
+    std::vector<std::string> types;
+    std::vector<int> results;
+    std::vector<std::string> urls;
+};
+
+using Both = testing::Types<FakeChooser, QtChooser>;
+TYPED_TEST_SUITE(Choosers, Both);
+
+TYPED_TEST(Choosers, YieldTheAbsolutePathOfAHiddenFile) {
+    this->begin();
+    this->chooser.choose(this->path(".hidden"));
+    EXPECT_THAT(this->results, ElementsAre(OpenPanel::okResult));
+    EXPECT_THAT(this->urls, ElementsAre(this->path(".hidden")));
+}
+
+TYPED_TEST(Choosers, YieldNothingWhenCancelled) {
+    this->begin();
+    this->chooser.cancel();
+    EXPECT_THAT(this->results, ElementsAre(OpenPanel::cancelResult));
+    EXPECT_THAT(this->urls, IsEmpty());
+}
+
+TYPED_TEST(Choosers, GoWithoutAResultWithTheirWindow) {
+    this->begin();
+    this->chooser.window().close();
+    EXPECT_FALSE(this->chooser.isShown());
+    EXPECT_THAT(this->results, IsEmpty());
+}
+
+class QtChoosers : public Choosers<QtChooser> {
+protected:
+    void link(const char* target, const char* name) { ASSERT_EQ(::symlink(target, path(name).c_str()), 0); }
+};
+
+TEST_F(QtChoosers, StoreALinkAsItWasChosen) {
+    link(".hidden", "link");
+    link("nowhere", "dangling");
+    for (const char* name : {"link", "dangling"}) {
+        begin();
+        chooser.choose(path(name));
+        EXPECT_THAT(urls, ElementsAre(path(name)));
+    }
+}
+
+TEST_F(QtChoosers, TakeAFolderOnlyWhereOneIsWanted) {
+    ASSERT_TRUE(QDir{folder.path()}.mkdir(QStringLiteral("inside")));
+    begin();
+    EXPECT_FALSE(chooser.confirm().isEnabled()) << "nothing is selected yet";
+    chooser.choose(path("inside"));
+    EXPECT_THAT(urls, ElementsAre(path("inside")));
+    folders = false;
+    begin();
+    ASSERT_TRUE(chooser.select("inside"));
+    EXPECT_FALSE(chooser.confirm().isEnabled());
+}
+
+TEST_F(QtChoosers, SayThatANameThatIsNoUtf8IsLeftOut) {
+    QFile file{folder.filePath(QStringLiteral("x"))};
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const std::string latin1 = path("caf\xe9");
+    ASSERT_EQ(::rename(path("x").c_str(), latin1.c_str()), 0);
+    begin();
+    ASSERT_TRUE(chooser.select(".hidden"));
+    EXPECT_EQ(chooser.entries().model()->rowCount(chooser.entries().rootIndex()), 1);
+    chooser.cancel();
+    begin();
+    bool told = false;
+    for (auto* const label : chooser.manager.sheet()->findChildren<QLabel*>()) {
+        told = told || (label->isVisible() && label->text().contains(QLatin1String{"UTF-8"}));
+        EXPECT_TRUE(!label->text().contains(QLatin1String{"<b>"}) || label->textFormat() == Qt::PlainText);
+    }
+    EXPECT_TRUE(told);
+    ::unlink(latin1.c_str()); // which QTemporaryDir can't
+}
+
+TEST_F(QtChoosers, SearchTheInstalledApplications) {
+    types = {"app"};
+    begin();
+    auto& list = *chooser.manager.sheet()->findChild<QListWidget*>();
+    ASSERT_EQ(list.count(), 2);
+    EXPECT_EQ(list.item(0)->text(), QLatin1String{"<b>alpha</b>"});
+    auto& search = *chooser.manager.sheet()->findChild<QLineEdit*>();
+    QTest::keyClicks(&search, QStringLiteral("mail"));
+    EXPECT_TRUE(list.item(0)->isHidden());
+    QTest::keyClick(&search, Qt::Key_Return);
+    EXPECT_THAT(urls, ElementsAre("/apps/zeta.desktop"));
+}
+
+TEST_F(QtChoosers, BrowseForAnApplicationOfAnotherKind) {
+    ASSERT_TRUE(QDir{folder.path()}.mkdir(QStringLiteral("Mail.app")));
+    types = {"app"};
+    begin();
+    QDialog* const applications = chooser.manager.sheet();
+    chooser.confirm("&Browse...").click();
+    auto* const browser = applications->findChild<QDialog*>();
+    ASSERT_TRUE(browser);
+    auto& entries = *browser->findChild<QTreeView*>();
+    auto& ok = *browser->findChildren<QPushButton*>().at(1);
+    EXPECT_FALSE(ok.isEnabled());
+    const auto named = [&](const char* name) {
+        return entries.model()->match(entries.model()->index(0, 0, entries.rootIndex()), Qt::DisplayRole,
+                                      QLatin1String{name}, 1, Qt::MatchExactly);
+    };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !named("Mail.app").isEmpty() && !named(".hidden").isEmpty(); }));
+    entries.setCurrentIndex(named(".hidden").first());
+    EXPECT_FALSE(ok.isEnabled()) << "no application";
+    entries.setCurrentIndex(named("Mail.app").first());
+    QTest::keyClick(browser, Qt::Key_Return);
+    EXPECT_THAT(urls, ElementsAre(path("Mail.app")));
+    EXPECT_FALSE(chooser.isShown());
+}
+
+} // namespace
+} // namespace letterloft
