@@ -8,6 +8,7 @@ letterloft_test(applications-test
         ${CMAKE_CURRENT_LIST_DIR}/FindingTest.cpp
         ${CMAKE_CURRENT_LIST_DIR}/InstancesTest.cpp
         ${CMAKE_CURRENT_LIST_DIR}/ProcessTableTest.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/RunningApplicationsTest.cpp
         ${CMAKE_CURRENT_LIST_DIR}/StartedProgramTest.cpp
         ${PROJECT_SOURCE_DIR}/tests/contract/quitting/Desktop.cpp
     LIBRARIES letterloft_linux
