@@ -46,9 +46,9 @@ std::string newAccountName(const std::vector<std::string>& names) {
     for (const std::string& name : std::set<std::string>(names.begin(), names.end())) {
         std::u16string candidate = utf16(name);
         if (!containsDefaultUser(candidate)) continue;
-        if (!pick || compareNumerically(candidate, *pick) > 0) pick = std::move(candidate);
+        if (!pick || std::is_gt(compareNumerically(candidate, *pick))) pick = std::move(candidate);
     }
-    const std::string base = keys::defaultUser;
+    std::string base = keys::defaultUser;
     if (!pick) return base;
     // Counted from the start of the whole name, wherever "Default User" stands in it.
     const std::int32_t number = intValue(std::u16string_view{*pick}.substr(defaultUserFolded.size()));
