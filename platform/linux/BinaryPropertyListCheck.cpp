@@ -1,5 +1,6 @@
 #include "platform/linux/PropertyListCheck.h"
 
+#include <algorithm>
 #include <optional>
 #include <unordered_map>
 
@@ -110,6 +111,28 @@ private:
         return std::nullopt;
     }
 
+    // Whether libplist can take the object's contents as they are: it cuts off integers after 64 bits and texts at a
+    // NUL, and drops what is no character.
+    bool isFaithful(const Object& object) const {
+        if (object.marker == integer && object.length == 4) return number(object.begin, 8) == 0u;
+        if (object.marker == ascii) {
+            const std::string_view text = bytes_.substr(object.begin, object.length);
+            return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c > 0 && c < 0x80; });
+        }
+        return object.marker != utf16 || isUtf16(object);
+    }
+
+    bool isUtf16(const Object& object) const {
+        bool awaitsSecondHalf = false;
+        for (std::uint64_t i = 0; i < object.length; ++i) {
+            const std::uint64_t unit = *number(object.begin + 2 * i, 2);
+            const bool isSecondHalf = unit >= 0xdc00 && unit <= 0xdfff;
+            if (unit == 0 || isSecondHalf != awaitsSecondHalf) return false;
+            awaitsSecondHalf = unit >= 0xd800 && unit <= 0xdbff;
+        }
+        return !awaitsSecondHalf;
+    }
+
     std::optional<std::uint64_t> times(std::uint64_t count, std::uint64_t width) const {
         if (count > bytes_.size() / width) return std::nullopt;
         return count * width;
@@ -122,6 +145,7 @@ private:
         const auto length = found ? size(*found) : std::nullopt;
         if (!length || found->begin > table_ || *length > table_ - found->begin)
             return fail("breaks off or points outside of itself");
+        if (!isFaithful(*found)) return fail("holds a text or a number that can't be read exactly");
         Unfolded sum{*length + 16, 0};
         const bool isDictionary = found->marker == dictionary;
         if (isDictionary) sum.keys = found->length;

@@ -63,7 +63,12 @@ Result<PropertyList> SettingsFile::parsed(const std::string& path) const {
     if (calls_->statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, &info) != 0 && (errno == ENOENT || errno == ENOTDIR))
         return emptyPropertyList();
     const Result<std::string> bytes = contents(path);
-    return bytes ? parsedPropertyList(*bytes) : bytes.status();
+    if (!bytes) return bytes.status();
+    Result<PropertyList> list = parsedPropertyList(*bytes);
+    // A binary file may hold what libplist reads but could never write again, such as a date that is no number.
+    if (list && bytes->starts_with("bplist") && !propertyListBytes(*list))
+        return Status::failure("holds a value that could not be saved again");
+    return list;
 }
 
 Result<std::string> SettingsFile::contents(const std::string& path) const {

@@ -2,9 +2,9 @@
 
 #include "storage/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +13,8 @@ namespace letterloft {
 namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
+
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(blanks);
@@ -66,7 +68,7 @@ bool isData(std::string_view text) {
     std::size_t digits = 0;
     std::size_t padding = 0;
     for (const char c : text) {
-        if (blanks.find(c) != std::string_view::npos) continue;
+        if (isBlank(c)) continue;
         const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
         if (c == '=')
             ++padding;
@@ -132,11 +134,15 @@ private:
         return true;
     }
 
+    void skipWhile(auto isWanted) {
+        const auto end = std::find_if_not(rest_.begin(), rest_.end(), isWanted);
+        rest_.remove_prefix(static_cast<std::size_t>(end - rest_.begin()));
+    }
+
     // Blanks, comments and processing instructions.
     void skipMisc() {
         do {
-            const std::size_t blank = rest_.find_first_not_of(blanks);
-            rest_.remove_prefix(blank == std::string_view::npos ? rest_.size() : blank);
+            skipWhile(isBlank);
         } while ((rest_.starts_with("<!--") && skipPast("-->")) || (rest_.starts_with("<?") && skipPast("?>")));
     }
 
@@ -158,7 +164,7 @@ private:
         const std::size_t end = rest_.find_first_of("<>", 1);
         if (end == std::string_view::npos || rest_[end] == '<') return false;
         const std::string_view between = rest_.substr(1 + name.size(), end - 1 - name.size());
-        const bool isName = between.empty() || blanks.find(between.front()) != std::string_view::npos;
+        const bool isName = between.empty() || isBlank(between.front());
         if (!isName || (!mayHaveAttributes && !trimmed(between).empty())) return false;
         rest_.remove_prefix(end + 1);
         return true;
@@ -230,9 +236,7 @@ private:
 
     void readText(std::string_view name) {
         while (problem_.empty()) {
-            const std::size_t at = rest_.find_first_of("<&");
-            if (at == std::string_view::npos) return fail("breaks off");
-            rest_.remove_prefix(at);
+            skipWhile([](char c) { return c != '<' && c != '&'; });
             if (take("&")) {
                 readReference();
             } else if (rest_.starts_with("<!--") || rest_.starts_with("<![CDATA[")) {

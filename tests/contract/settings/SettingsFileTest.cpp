@@ -274,6 +274,10 @@ std::string nested(int levels) {
     return propertyListWith(bytes + "</dict>");
 }
 
+std::string replaced(std::string bytes, const std::string& part, const std::string& by) {
+    return bytes.replace(bytes.find(part), part.size(), by);
+}
+
 std::vector<Damage> damages() {
     const std::string whole = propertyListWith("<dict><key>a</key><string>b</string></dict>");
     const auto entry = [](const std::string& value) {
@@ -315,6 +319,8 @@ std::vector<Damage> damages() {
          std::string{"bplist00\xa1\0\x08\0\0\0\0\0\0\1\1\0\0\0\0\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0a", 43},
          "circle"},
         {"binary laughs", binaryLaughs(), "unfolds"},
+        {"binary, a text cut at a NUL", replaced(binary, "Qb", std::string{"Q\0", 2}), "exactly"},
+        {"binary, a text of no characters", replaced(binary, "Qb", "Q\xfc"), "exactly"},
         {"binary without its last byte", binary.substr(0, binary.size() - 1), ""},
         {"binary without its first object", "bplist00" + binary.substr(10), ""},
     };
