@@ -115,7 +115,8 @@ class Desktop:
             "LSAN_OPTIONS": f"print_suppressions=0:suppressions={os.path.dirname(os.path.abspath(__file__))}/leaks.txt",
         }
         self.processes, self.host = [], None
-        display = self.start("Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp", stdout=subprocess.PIPE)
+        display = self.start("Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp", "-noreset",
+                             stdout=subprocess.PIPE)
         self.environment["DISPLAY"] = ":" + display.stdout.readline().decode().strip()
         self.write(f"{self.root}/bus.conf", BUS.format(runtime=runtime, services=services))
         daemon = self.start("dbus-daemon", f"--config-file={self.root}/bus.conf", "--nofork", "--print-address=1",
