@@ -35,11 +35,11 @@ FileAttributes::FileAttributes(Log& log, FileSystemCalls& calls, std::string ite
       names_(XATTR_LIST_MAX),
       value_(XATTR_SIZE_MAX) {}
 
-void FileAttributes::removeInherited(int copy) {
+bool FileAttributes::removeInherited(int copy) {
     calls_.fchownat(copy, "", static_cast<uid_t>(-1), group_, AT_EMPTY_PATH);
-    calls_.fremovexattr(copy, defaultList);
+    const bool removed = calls_.fremovexattr(copy, defaultList) == 0 || errno == ENODATA || errno == EOPNOTSUPP;
     calls_.fremovexattr(copy, accessList);
-    calls_.fchmod(copy, S_IRWXU);
+    return calls_.fchmod(copy, S_IRWXU) == 0 && removed;
 }
 
 int FileAttributes::copy(int original, int copy, const struct statx& info, mode_t made) {

@@ -17,9 +17,9 @@ public:
     // `item` is what is being copied, for the log.
     FileAttributes(Log& log, FileSystemCalls& calls, std::string item);
 
-    // Takes away what the topmost copy has inherited from the folder it was made in. What is made inside of it
-    // afterwards belongs to this process's user and group.
-    void removeInherited(int copy);
+    // Takes away what the topmost copy has inherited from the folder it was made in, and says whether all of it went.
+    // What is made inside of it afterwards belongs to this process's user and group.
+    bool removeInherited(int copy);
 
     // `made` says with which mode the copy was made.
     int copy(int original, int copy, const struct statx& info, mode_t made);

@@ -15,6 +15,12 @@ namespace {
 
 constexpr mode_t madeWith = S_IRUSR | S_IWUSR;
 
+mode_t currentUmask() {
+    const mode_t mask = umask(0777);
+    umask(mask);
+    return mask;
+}
+
 class TreeList final : public TreeWalk::Visitor {
 public:
     TreeList(FileSystemCalls& calls, const TreeWalk& walk, CopiedItems& items)
@@ -59,7 +65,9 @@ TreeCopy::TreeCopy(Log& log, FileSystemCalls& calls, CopyProgress& progress, Cop
       progress_{progress},
       items_{items},
       trail_{calls},
-      contents_{calls, [this](std::uint64_t bytes) { progress_.progressed(bytes_ += bytes); }} {}
+      contents_{calls, [this](std::uint64_t bytes) { progress_.progressed(bytes_ += bytes); }},
+      likelyMode_{madeWith},
+      umask_{currentUmask()} {}
 
 Status TreeCopy::run(const ItemPlace& from, const ItemPlace& to) {
     TreeWalk walk{calls_, from.folderPath};
@@ -90,7 +98,7 @@ Result<TreeWalk::Visitor::Way> TreeCopy::enter(int, const TreeEntry& entry, int,
     if (calls_.mkdirat(target(), name.c_str(), S_IRWXU) != 0) return failed(entry);
     OpenFile copy = openForReading(calls_, target(), name.c_str(), O_DIRECTORY);
     if (!copy || calls_.statx(copy.get(), "", AT_EMPTY_PATH, &info) != 0) return failed(entry);
-    if (trail_.depth() == 0) attributes_->removeInherited(copy.get());
+    if (trail_.depth() == 0) modesAreAsAsked_ = attributes_->removeInherited(copy.get());
     trail_.enter(std::move(copy), name, FileIdentity{info});
     items_.markCopied(source);
     return Way::into;
@@ -115,13 +123,17 @@ Status TreeCopy::copyFile(int folder, const TreeEntry& entry) {
 
 Status TreeCopy::copyFile(const TreeEntry& entry, int original) {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    OpenFile copy{calls_, calls_.openat(target(), targetName(entry).c_str(), flags, madeWith)};
+    const bool top = trail_.depth() == 0;
+    const mode_t asked = modesAreAsAsked_ ? likelyMode_ & ~umask_ : madeWith;
+    OpenFile copy{calls_, calls_.openat(target(), targetName(entry).c_str(), flags, asked)};
     if (!copy) return failed(entry);
     const Result<struct statx> info = copyUnchanging(entry, original, copy.get());
     if (!info) return info.status();
-    if (trail_.depth() == 0) attributes_->removeInherited(copy.get());
-    const mode_t made = trail_.depth() == 0 ? S_IRWXU : madeWith;
+    if (top) attributes_->removeInherited(copy.get());
+    const mode_t made = top ? S_IRWXU : asked & ~umask_;
     if (attributes_->copy(original, copy.get(), *info, made) != 0 || copy.close() != 0) return failed(entry);
+    // Attributes can't be given to what may not be written to.
+    likelyMode_ = (info->stx_mode & madeWith) == madeWith ? info->stx_mode & 0777u : madeWith;
     items_.markCopied(*info);
     return Status::ok();
 }

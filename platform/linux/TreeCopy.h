@@ -59,6 +59,12 @@ private:
     FileContents contents_;
     FileAttributes* attributes_ = nullptr;
     std::uint64_t bytes_ = 0;
+
+    // Neighbours mostly have one mode: a file made with the last one's needs no call to change it. Nobody else gets at
+    // them before their folder has its mode.
+    mode_t likelyMode_;
+    mode_t umask_;
+    bool modesAreAsAsked_ = false;
 };
 
 } // namespace letterloft

@@ -10,6 +10,7 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <sys/wait.h>
 
 namespace letterloft {
@@ -95,11 +96,14 @@ void runToItsEndAt(int at, const std::function<void(PosixFileManager&)>& operati
     ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == FaultyCalls::endedHere) << "at call " << at;
 }
 
+// What is moved, and whether to another file system.
 struct Kind {
     const char* name;
     bool across;
     bool folder;
 };
+
+void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; } // NOLINT: called by the test framework
 
 class MoveSweep : public testing::TestWithParam<Kind> {
 protected:
