@@ -112,7 +112,6 @@ class Desktop:
         self.environment = {
             "HOME": self.home, "XDG_RUNTIME_DIR": runtime, "LANG": "C.UTF-8", "PATH": os.environ["PATH"],
             "XDG_DATA_DIRS": "/usr/local/share:/usr/share", "NO_AT_BRIDGE": "1", "GTK_A11Y": "none", "GDK_BACKEND": "x11",
-            "LSAN_OPTIONS": f"print_suppressions=0:suppressions={os.path.dirname(os.path.abspath(__file__))}/leaks.txt",
         }
         self.processes, self.host = [], None
         display = self.start("Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp", "-noreset",
