@@ -1,0 +1,127 @@
+#include "platform/qt/QtMenu.h"
+#include "platform/qt/QtMenuView.h"
+#include "tests/fakes/FakeMenu.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+namespace letterloft {
+namespace {
+
+// A menu together with the hand that chooses from it.
+struct FakeUnderTest {
+    Menu& menu() { return fake; }
+    void choose(const std::string& title) { fake.choose(title); }
+
+    FakeMenu fake;
+};
+
+struct QtUnderTest {
+    QtUnderTest() { view.follow(); }
+
+    Menu& menu() { return real; }
+
+    void choose(const std::string& title) {
+        QCoreApplication::processEvents(); // the view follows
+        for (QAction* const action : view.widget().actions()) {
+            if (action->text() == QString::fromStdString(title)) return click(*action);
+        }
+    }
+
+    static void click(QAction& action) {
+        action.trigger();
+        QCoreApplication::processEvents();
+    }
+
+    QtMenu real;
+    QtMenuView view{real};
+};
+
+template <typename UnderTest>
+class MenuContract : public testing::Test {
+protected:
+    std::vector<std::string> titles() {
+        std::vector<std::string> found;
+        for (const auto& item : menu.itemArray())
+            found.push_back(item->isSeparatorItem() ? "-" : item->title());
+        return found;
+    }
+
+    std::shared_ptr<MenuItem> insert(const std::string& title, Action action = {}) {
+        const auto item = menu.makeItem(title);
+        item->setAction(std::move(action));
+        menu.insertItem(item, 0);
+        return item;
+    }
+
+    UnderTest test;
+    Menu& menu = test.menu();
+};
+
+using Menus = testing::Types<FakeUnderTest, QtUnderTest>;
+TYPED_TEST_SUITE(MenuContract, Menus);
+
+using Titles = std::vector<std::string>;
+
+TYPED_TEST(MenuContract, InsertsMovingTheItemsBelowDown) {
+    this->insert("a");
+    this->menu.insertItem(this->menu.makeSeparatorItem(), 1);
+    this->insert("b");
+    this->menu.insertItem(this->menu.makeItem("c"), 2);
+    EXPECT_EQ(this->titles(), (Titles{"b", "a", "c", "-"}));
+}
+
+TYPED_TEST(MenuContract, KeepsEveryTitleAsGiven) {
+    const Titles odd{"R&D", "a_b", "tab\there", "two\nlines", "", "<b>x</b>", "&", "\xC3\xA9"};
+    for (auto title = odd.rbegin(); title != odd.rend(); ++title)
+        this->insert(*title);
+    EXPECT_EQ(this->titles(), odd);
+}
+
+TYPED_TEST(MenuContract, RemovesTheItemItself_OfTwoWithOneTitle) {
+    bool isChosen = false;
+    this->insert("twin", [&](Sender*) { isChosen = true; });
+    this->menu.removeItem(this->insert("twin"));
+    EXPECT_EQ(this->titles(), (Titles{"twin"}));
+    this->test.choose("twin");
+    EXPECT_TRUE(isChosen);
+}
+
+TYPED_TEST(MenuContract, HandsOutACopyOfItsItems) {
+    this->insert("b");
+    this->insert("a");
+    for (const auto& item : this->menu.itemArray())
+        this->menu.removeItem(item);
+    EXPECT_TRUE(this->menu.itemArray().empty());
+}
+
+TYPED_TEST(MenuContract, SendsTheItemWithItsAction) {
+    Sender* sender = nullptr;
+    const auto item = this->insert("a", [&](Sender* by) { sender = by; });
+    this->test.choose("a");
+    EXPECT_EQ(sender, item.get());
+    EXPECT_EQ(item->description(), "menu item \"a\"");
+}
+
+TYPED_TEST(MenuContract, ChoosesNothing_WithoutAction) {
+    int chosen = 0;
+    const auto item = this->insert("a", [&](Sender*) { ++chosen; });
+    item->setAction({});
+    this->test.choose("a");
+    EXPECT_EQ(chosen, 0);
+}
+
+TYPED_TEST(MenuContract, KeepsARunningItem_AfterItsRemoval) {
+    std::string title;
+    this->insert("running", [&](Sender* sender) {
+        for (const auto& item : this->menu.itemArray())
+            this->menu.removeItem(item);
+        title = dynamic_cast<MenuItem*>(sender)->title();
+    });
+    this->test.choose("running");
+    EXPECT_EQ(title, "running");
+}
+
+} // namespace
+} // namespace letterloft
