@@ -52,6 +52,7 @@ bool QtOutlineModel::hasChildren(const QModelIndex& parent) const {
 Qt::ItemFlags QtOutlineModel::flags(const QModelIndex& index) const {
     if (!rowAt(index) || !index.isValid()) return Qt::NoItemFlags;
     const auto shown = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    if (index.column() == 0 && index != currentRow_) return shown;
     const auto cellShown = cell(index);
     if (!cellShown || !cellShown->editable) return shown;
     return shown | (cellShown->kind == Cell::Kind::checkBox ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable);

@@ -3,6 +3,7 @@
 #include "platform/OutlineView.h"
 
 #include <QAbstractItemModel>
+#include <QPersistentModelIndex>
 #include <QStringList>
 
 #include <unordered_map>
@@ -23,6 +24,10 @@ public:
 
     // Forgets all rows, so that they are asked for anew.
     void announceRows();
+
+    // The row that the keyboard is at. Only there can a text be edited, so only there is the delegate asked whether it
+    // can: Qt asks for the flags of all rows at each layout.
+    void setCurrentRow(const QModelIndex& row) { currentRow_ = row; }
 
     OutlineItem item(const QModelIndex& index) const;
 
@@ -63,6 +68,7 @@ private:
     QStringList titles_;
     OutlineViewDataSource* source_ = nullptr;
     OutlineViewDelegate* delegate_ = nullptr;
+    QPersistentModelIndex currentRow_;
     mutable std::unordered_map<Number, Row> rows_; // Qt asks const questions, and rows are made when asked for
     mutable Number lastNumber_ = root;
 };

@@ -41,6 +41,8 @@ void QtOutlineView::watchRows() {
         [this](const QModelIndex& row) {
             return !delegate_ || delegate_->outlineView_shouldCollapseItem(*this, model_->item(row));
         });
+    QObject::connect(widget_.selectionModel(), &QItemSelectionModel::currentChanged, model_.get(),
+                     [this](const QModelIndex& current) { model_->setCurrentRow(current.siblingAtColumn(0)); });
     QObject::connect(&widget_, &QTreeView::expanded, model_.get(),
                      [this](const QModelIndex& row) { countOpen(row, 1); });
     QObject::connect(&widget_, &QTreeView::collapsed, model_.get(),
@@ -59,7 +61,7 @@ void QtOutlineView::setDataSource(OutlineViewDataSource* source) {
 void QtOutlineView::setDelegate(OutlineViewDelegate* delegate) {
     delegate_ = delegate;
     model_->setDelegate(delegate);
-    reloadData();
+    widget_.viewport()->update();
 }
 
 void QtOutlineView::reloadData() {
