@@ -3,7 +3,7 @@
 #include "platform/qt/QtImage.h"
 #include "platform/qt/QtText.h"
 
-#include <QFile>
+#include <QPixmap>
 
 // The resources are part of a static library; this may stand in no namespace.
 static void useResources() { Q_INIT_RESOURCE(resources); }
@@ -14,9 +14,14 @@ QtImageResources::QtImageResources() { useResources(); }
 
 std::shared_ptr<const Image> QtImageResources::imageNamed(const std::string& name) const {
     if (const auto known = loaded_.find(name); known != loaded_.end()) return known->second;
-    const QString file = QStringLiteral(":/images/%1.svg").arg(toQt(name));
-    if (!QFile::exists(file)) return nullptr;
-    return loaded_[name] = std::make_shared<QtImage>(QIcon{file});
+    QIcon icon;
+    for (const int size : {16, 22, 24, 32, 48}) {
+        const QPixmap picture{QStringLiteral(":/images/%1-%2.png").arg(toQt(name)).arg(size)};
+        if (picture.isNull()) return nullptr;
+        icon.addPixmap(picture);
+        icon.addPixmap(picture, QIcon::Disabled); // the current account can't be chosen, and its mark is to be seen
+    }
+    return loaded_[name] = std::make_shared<QtImage>(icon);
 }
 
 } // namespace letterloft

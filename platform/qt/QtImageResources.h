@@ -6,8 +6,7 @@
 
 namespace letterloft {
 
-// The images compiled into the program, with the status item's also known to the desktop's icon theme where they have
-// been installed: a panel recolours those it finds by name.
+// The images compiled into the program, each in the sizes that panels and menus use.
 class QtImageResources final : public ImageResources {
 public:
     QtImageResources();
