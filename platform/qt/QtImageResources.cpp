@@ -3,6 +3,7 @@
 #include "platform/qt/QtImage.h"
 #include "platform/qt/QtText.h"
 
+#include <QImageReader>
 #include <QPixmap>
 
 // The resources are part of a static library; this may stand in no namespace.
@@ -16,7 +17,10 @@ std::shared_ptr<const Image> QtImageResources::imageNamed(const std::string& nam
     if (const auto known = loaded_.find(name); known != loaded_.end()) return known->second;
     QIcon icon;
     for (const int size : {16, 22, 24, 32, 48}) {
-        const QPixmap picture{QStringLiteral(":/images/%1-%2.png").arg(toQt(name)).arg(size)};
+        // Told the format, and to believe it, Qt loads none of its image plug-ins.
+        QImageReader reader{QStringLiteral(":/images/%1-%2.png").arg(toQt(name)).arg(size), "png"};
+        reader.setAutoDetectImageFormat(false);
+        const QPixmap picture = QPixmap::fromImageReader(&reader);
         if (picture.isNull()) return nullptr;
         icon.addPixmap(picture);
         icon.addPixmap(picture, QIcon::Disabled); // the current account can't be chosen, and its mark is to be seen
