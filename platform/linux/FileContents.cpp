@@ -10,7 +10,7 @@ int FileContents::copy(int from, int to, std::uint64_t size) {
     std::uint64_t left = size;
     if (kernelCopies_ && copyInKernel(from, to, left)) return 0;
     while (left > 0) {
-        const ssize_t got = calls_.read(from, buffer_.data(), std::min<std::uint64_t>(left, buffer_.size()));
+        const ssize_t got = calls_.read(from, buffer_.get(), std::min<std::uint64_t>(left, bufferSize));
         if (got < 0 && errno == EINTR) continue;
         if (got < 0 || (got > 0 && writeAll(to, static_cast<std::size_t>(got)) != 0)) return -1;
         if (got == 0) return 0;
@@ -37,7 +37,7 @@ bool FileContents::copyInKernel(int from, int to, std::uint64_t& left) {
 
 int FileContents::writeAll(int to, std::size_t size) {
     for (std::size_t written = 0; written < size;) {
-        const ssize_t got = calls_.write(to, buffer_.data() + written, size - written);
+        const ssize_t got = calls_.write(to, buffer_.get() + written, size - written);
         if (got < 0 && errno == EINTR) continue;
         if (got == 0) errno = EIO;
         if (got <= 0) return -1;

@@ -4,7 +4,8 @@
 
 #include <cstdint>
 #include <functional>
-#include <vector>
+#include <memory>
+#include <new>
 
 namespace letterloft {
 
@@ -13,7 +14,7 @@ class FileContents {
 public:
     // `copied` is told the number of bytes after each stretch.
     FileContents(FileSystemCalls& calls, std::function<void(std::uint64_t bytes)> copied)
-        : calls_{calls}, copied_{std::move(copied)}, buffer_(bufferSize) {}
+        : calls_{calls}, copied_{std::move(copied)}, buffer_{new (pageSize) char[bufferSize]} {}
 
     // Copies from both files' present places on: so many bytes, or as many as there are. -1 with errno on failure.
     int copy(int from, int to, std::uint64_t size);
@@ -22,14 +23,20 @@ public:
     int copyWithHoles(int from, int to, std::uint64_t size);
 
 private:
+    // The kernel copies to and from whole pages twice as fast.
+    static constexpr std::align_val_t pageSize{4096};
     static constexpr std::size_t bufferSize = 256 * 1024;
+
+    struct Release {
+        void operator()(char* buffer) const { operator delete[](buffer, pageSize); }
+    };
 
     bool copyInKernel(int from, int to, std::uint64_t& left);
     int writeAll(int to, std::size_t size);
 
     FileSystemCalls& calls_;
     std::function<void(std::uint64_t bytes)> copied_;
-    std::vector<char> buffer_;
+    std::unique_ptr<char[], Release> buffer_;
     bool kernelCopies_ = true;
 };
 
