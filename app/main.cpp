@@ -67,18 +67,26 @@ struct Files {
     PosixFileManager manager;
 };
 
-// The lock of the one program per home, or none when another one holds it, which has then been asked to show itself.
+// The lock of the one program per home; none when another one holds it and has been asked to show itself. In the end
+// it may be a lock held by one that could not be asked.
 std::optional<InstanceLock> takeLock(const Places& places, FileSystemCalls& calls) {
     // The holder listens a moment after it has the lock, and has it a moment longer than it listens.
-    constexpr int attempts = 500;
+    constexpr int attempts = 200;
     constexpr int pauseMilliseconds = 10;
-    for (int attempt = 0; attempt < attempts; ++attempt) {
+    for (int attempt = 1;; ++attempt) {
         InstanceLock lock = InstanceLock::take(calls, places.lock);
         if (lock.outcome() != InstanceLock::Outcome::heldByAnother) return lock;
         if (ActivationSocket::ask(places.socket)) return std::nullopt;
+        if (attempt == attempts) return lock;
         poll(nullptr, 0, pauseMilliseconds);
     }
-    return std::nullopt;
+}
+
+// Where the file system takes no sockets.
+int askOverBus(int argc, char** argv, Log& log) {
+    const QCoreApplication application{argc, argv};
+    if (!QtActivationBus::askRunningProgram()) log.write("Letterloft runs already, and can't be asked to show itself.");
+    return EXIT_SUCCESS;
 }
 
 // What the program is made of, in the order in which it is made. Nothing here comes to its end in an orderly way: the
@@ -128,10 +136,10 @@ private:
     }
 };
 
-// An absent status stands for the status of a program that has been told to end.
 int runProgram(int argc, char** argv, const Places& places, Log& log, FileSystemCalls& calls) {
     std::optional<InstanceLock> lock = takeLock(places, calls);
     if (!lock) return EXIT_SUCCESS;
+    if (lock->outcome() == InstanceLock::Outcome::heldByAnother) return askOverBus(argc, argv, log);
     std::optional<ActivationSocket> socket;
     if (lock->outcome() == InstanceLock::Outcome::taken) socket.emplace(places.socket);
 
