@@ -109,7 +109,7 @@ Status GioLauncher::launch(const std::string& path) {
                                entry.identifier);
     }
     pid_t pid = 0; // stays 0 where the session bus starts it
-    const Status status = isEntry ? startEntry(entry.path, pid) : startFile(path, entry.command, pid);
+    Status status = isEntry ? startEntry(entry.path, pid) : startFile(path, entry.command, pid);
     if (status && pid != 0) bus_.moveToOwnScope(pid, isEntry ? entry.identifier : lastComponent(path));
     bus_.flush(); // an activation is only queued so far, and the event loop may never run again
     return status;

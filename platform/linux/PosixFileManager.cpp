@@ -119,7 +119,7 @@ Status PosixFileManager::refusalToMove(const std::string& from, const std::strin
 
 std::string PosixFileManager::reasonAgainstMove(const std::string& from, const std::string& to, int error) const {
     struct statx info {};
-    const std::string reason = systemReason(error);
+    std::string reason = systemReason(error);
     if (error == EEXIST) return "something is at the second path already: " + reason;
     if (error == ENOENT && parts_.calls.statx(AT_FDCWD, parentFolder(to).c_str(), 0, &info) != 0)
         return "the folder " + parentFolder(to) + " is missing: " + reason;

@@ -36,7 +36,7 @@ protected:
 };
 
 QIcon iconOf(const std::string& icon) {
-    const QIcon unknown = QIcon::fromTheme(QStringLiteral("application-x-executable"));
+    QIcon unknown = QIcon::fromTheme(QStringLiteral("application-x-executable"));
     if (icon.empty()) return unknown;
     return icon.front() == '/' ? QIcon{toQt(icon)} : QIcon::fromTheme(toQt(icon), unknown);
 }
