@@ -14,7 +14,7 @@ class FakeRunLoop final : public RunLoop {
 public:
     using Event = std::function<void()>;
 
-    bool runModeBeforeDate(std::chrono::steady_clock::time_point instant) override {
+    bool runModeBeforeDate([[maybe_unused]] std::chrono::steady_clock::time_point instant) override {
         assert(instant <= std::chrono::steady_clock::now() + std::chrono::seconds{1}); // slices of at most a second
         ++slices;
         if (!hasSources) return false;
