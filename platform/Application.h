@@ -14,8 +14,8 @@ public:
     // return to an action that is waiting in the run loop.
     virtual void terminate() = 0;
 
-    // Ends the program, as terminate() does, if its end has been asked for (a signal, the end of the session) since
-    // the run loop was last served; otherwise does nothing.
+    // Serves what has arrived while the run loop was not served, without waiting for more. So it ends the program, as
+    // terminate() does, if its end has been asked for meanwhile: by a signal, from the menu, by the end of the session.
     virtual void terminateIfAskedTo() = 0;
 };
 

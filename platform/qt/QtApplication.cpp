@@ -69,6 +69,13 @@ void QtApplication::terminate() {
 void QtApplication::terminateIfAskedTo() {
     char byte = 0;
     if (recv(signals_, &byte, sizeof byte, MSG_DONTWAIT | MSG_PEEK) > 0) terminate();
+    // "Quit" and the log-out come as events, and terminate from there. One round may only read what the next one
+    // serves. The posted ones by themselves: see QtRunLoop.cpp.
+    constexpr int rounds = 3;
+    for (int round = 0; round < rounds; ++round) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
 }
 
 // The session manager's word that the session ends comes as this event.

@@ -4,7 +4,7 @@ import os
 import signal
 import unittest
 
-from desktop import Application, DesktopTest, Program, wait_for
+from desktop import Application, DesktopTest, Gio, GLib, wait_for
 
 
 class Switch(DesktopTest):
@@ -113,7 +113,7 @@ class Ending(DesktopTest):
     def test_sigterm_during_the_wait_leaves_all_where_it_is(self):
         self.end_during_the_wait(lambda program: program.process.send_signal(signal.SIGTERM))
 
-    def test_sigterm_during_the_moves_is_heeded_when_they_are_recorded(self):
+    def end_during_the_moves(self, end):
         application = self.prepare(("A", "B"))
         items = [os.path.join(self.desktop.home, "items", str(n)) for n in range(4000)]
         for item in items:
@@ -124,6 +124,8 @@ class Ending(DesktopTest):
         while True:
             # Stopped as soon as the first item is elsewhere; if it was too late, the next switch is the next occasion.
             is_parked = os.path.exists(items[0])
+            name, menu = program.item()
+            quit_row = [number for number, title, _, _ in program.rows() if title == "Quit"][0]
             program.choose(accounts[1])
             while os.path.exists(items[0]) == is_parked and program.is_running():
                 pass
@@ -134,12 +136,25 @@ class Ending(DesktopTest):
             program.wait_for_current(accounts[1])
             accounts.reverse()
         launched = application.journal()
-        program.process.send_signal(signal.SIGTERM)
+        end(program, (name, menu, "com.canonical.dbusmenu", "Event",
+                      GLib.Variant("(isvu)", (quit_row, "clicked", GLib.Variant("s", ""), 0))))
         program.process.send_signal(signal.SIGCONT)
         self.assertEqual(program.exit_status(), 0, program.log())
         self.assertEqual(self.desktop.settings()["Current User"], accounts[1])
         self.assertEqual({os.path.exists(item) for item in items}, {not is_parked})
         self.assertEqual(application.journal(), launched)
+
+    def test_sigterm_during_the_moves_is_heeded_when_they_are_recorded(self):
+        self.end_during_the_moves(lambda program, _: program.process.send_signal(signal.SIGTERM))
+
+    def test_quit_during_the_moves_is_heeded_when_they_are_recorded(self):
+        def choose_quit(_, click):
+            # Nobody answers for now; the bus has passed it on when it answers itself.
+            self.desktop.bus.call(*click, None, Gio.DBusCallFlags.NO_AUTO_START, -1, None, None)
+            bus = "org.freedesktop.DBus"
+            self.desktop.call(bus, "/", bus, "GetId")
+
+        self.end_during_the_moves(choose_quit)
 
     def test_other_ends_are_orderly_too(self):
         for sent in (signal.SIGINT, signal.SIGHUP):
