@@ -48,6 +48,7 @@ QtSmallMenuWindow::QtSmallMenuWindow(QtMenu& menu, QtTrayHost& host, Notificatio
 }
 
 void QtSmallMenuWindow::showAsAsked() {
+    patience_.stop(); // once seen and closed it is not to come by itself
     show(host_.isThere()
              ? QStringLiteral("Letterloft is running. Its menu is in the panel, and also here.")
              : QStringLiteral("Letterloft is running. No panel shows its icon, so its menu is in this window."));
