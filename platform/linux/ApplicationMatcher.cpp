@@ -13,7 +13,7 @@ namespace {
 
 using Kind = StartedProgram::Kind;
 
-bool runsFile(const Process& process, const std::string& file, const std::optional<FileIdentity>& identity) {
+bool runsFile(const Process& process, const std::string& file, const std::optional<ProgramFileIdentity>& identity) {
     if (identity && process.executableIdentity == identity) return true;
     return process.executableIsGone && process.executable == file;
 }

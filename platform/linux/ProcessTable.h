@@ -23,7 +23,7 @@ struct Process {
 
     // Where the executable's file was when it was last seen under a name; empty if the kernel does not tell.
     std::string executable;
-    std::optional<FileIdentity> executableIdentity;
+    std::optional<ProgramFileIdentity> executableIdentity;
     bool executableIsGone = false; // removed or replaced since, as by an upgrade
 
     std::vector<std::string> arguments; // the program's own name first

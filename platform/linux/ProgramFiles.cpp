@@ -37,10 +37,10 @@ std::optional<std::string> bytesOf(int descriptor, std::size_t limit) {
 
 } // namespace
 
-std::optional<FileIdentity> identityOfFile(const std::string& path) {
+std::optional<ProgramFileIdentity> identityOfFile(const std::string& path) {
     const auto status = statusOf(path);
     if (!status) return std::nullopt;
-    return FileIdentity{status->st_dev, status->st_ino};
+    return ProgramFileIdentity{status->st_dev, status->st_ino};
 }
 
 std::optional<std::string> canonicalPath(const std::string& path) {

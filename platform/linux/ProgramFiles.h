@@ -12,13 +12,13 @@ namespace letterloft {
 // answered as if it were not there: nothing here decides about a user's data.
 
 // Which file it is, whatever name leads to it.
-struct FileIdentity {
+struct ProgramFileIdentity {
     dev_t device = 0;
     ino_t inode = 0;
-    bool operator==(const FileIdentity&) const = default;
+    bool operator==(const ProgramFileIdentity&) const = default;
 };
 
-std::optional<FileIdentity> identityOfFile(const std::string& path);
+std::optional<ProgramFileIdentity> identityOfFile(const std::string& path);
 
 // realpath(3); none if a part of the path is missing.
 std::optional<std::string> canonicalPath(const std::string& path);

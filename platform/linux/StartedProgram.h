@@ -24,7 +24,7 @@ struct StartedProgram {
 
     Kind kind = Kind::executable;
     std::string file; // canonical
-    std::optional<FileIdentity> identity;
+    std::optional<ProgramFileIdentity> identity;
     std::string interpreter;
     std::string name;
     std::vector<std::string> arguments;
