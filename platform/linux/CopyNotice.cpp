@@ -1,13 +1,12 @@
 #include "platform/linux/CopyNotice.h"
 
 #include "platform/linux/GlibPointers.h"
+#include "platform/linux/SessionBusAddress.h"
 #include "storage/SupportFolder.h"
 #include "storage/Text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <gio/gio.h>
-#include <unistd.h>
 
 namespace letterloft {
 
@@ -20,16 +19,8 @@ constexpr int shownForMilliseconds = 10000; // should this program die, it goes 
 constexpr const char* service = "org.freedesktop.Notifications";
 constexpr const char* object = "/org/freedesktop/Notifications";
 
-// GLib would start a bus where none is announced.
-bool isBusAnnounced() {
-    const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
-    if (address != nullptr && *address != 0) return std::string{address}.rfind("autolaunch:", 0) != 0;
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    return runtime != nullptr && *runtime == '/' && access((std::string{runtime} + "/bus").c_str(), F_OK) == 0;
-}
-
 GDBusConnection* connectedAlone() {
-    if (!isBusAnnounced()) return nullptr;
+    if (!isSessionBusAnnounced()) return nullptr;
     const GlibPointer<gchar> address{g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, nullptr, nullptr)};
     if (!address) return nullptr;
     const auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |

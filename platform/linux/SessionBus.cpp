@@ -1,11 +1,10 @@
 #include "platform/linux/SessionBus.h"
 
 #include "platform/linux/GlibPointers.h"
+#include "platform/linux/SessionBusAddress.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <unistd.h>
 
 namespace letterloft {
 
@@ -17,14 +16,6 @@ constexpr int busTimeoutInMilliseconds = 5000;
 constexpr std::chrono::milliseconds programTimeout{1000};
 constexpr const char* actionsInterface = "org.gtk.Actions";
 constexpr const char* systemd = "org.freedesktop.systemd1";
-
-// What GLib would start a bus for, when nothing says where one is, counts as no bus.
-bool isBusAnnounced() {
-    const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
-    if (address != nullptr && *address != '\0') return std::string_view{address}.rfind("autolaunch:", 0) != 0;
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    return runtime != nullptr && *runtime == '/' && access((std::string{runtime} + "/bus").c_str(), F_OK) == 0;
-}
 
 std::vector<std::string> textsIn(GVariant* reply) {
     std::vector<std::string> texts;
@@ -76,7 +67,7 @@ GDBusConnection* SessionBus::connection() {
         g_object_unref(connection_);
         connection_ = nullptr;
     }
-    if (connection_ == nullptr && isBusAnnounced()) {
+    if (connection_ == nullptr && isSessionBusAnnounced()) {
         connection_ = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
         if (connection_ != nullptr) g_dbus_connection_set_exit_on_close(connection_, FALSE);
     }

@@ -1,6 +1,7 @@
 #include "platform/qt/QtActivationBus.h"
 
-#include <QDBusConnection>
+#include "platform/qt/QtSessionBus.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 
@@ -18,7 +19,7 @@ constexpr int answerMilliseconds = 2000;
 } // namespace
 
 QtActivationBus::QtActivationBus(std::function<void()> activated) : activated_{std::move(activated)} {
-    auto bus = QDBusConnection::sessionBus();
+    auto bus = qtSessionBus();
     if (!bus.isConnected() || !bus.registerObject(objectPath, this, QDBusConnection::ExportAllSlots)) return;
     // Not waited for: calls that come before the name is ours are for somebody else.
     auto request = QDBusMessage::createMethodCall(QLatin1String{"org.freedesktop.DBus"}, QLatin1String{"/"},
@@ -31,7 +32,7 @@ bool QtActivationBus::askRunningProgram() {
     auto request = QDBusMessage::createMethodCall(busName, objectPath, interfaceName, QLatin1String{"Activate"});
     request << QVariantMap{};
     request.setAutoStartService(false);
-    const auto answer = QDBusConnection::sessionBus().call(request, QDBus::Block, answerMilliseconds);
+    const auto answer = qtSessionBus().call(request, QDBus::Block, answerMilliseconds);
     return answer.type() == QDBusMessage::ReplyMessage;
 }
 

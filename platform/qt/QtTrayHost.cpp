@@ -1,5 +1,7 @@
 #include "platform/qt/QtTrayHost.h"
 
+#include "platform/qt/QtSessionBus.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -23,7 +25,7 @@ constexpr std::chrono::seconds busGrace{3};
 
 } // namespace
 
-QtTrayHost::QtTrayHost() : bus_{QDBusConnection::sessionBus()} {
+QtTrayHost::QtTrayHost() : bus_{qtSessionBus()} {
     grace_.setSingleShot(true);
     grace_.setInterval(busGrace);
     connect(&grace_, &QTimer::timeout, this, [this] { watchX11(); });
