@@ -78,10 +78,8 @@ void QtApplicationChooser::layOut() {
     list_->setUniformItemSizes(true);
     auto* const buttons = new QDialogButtonBox;
     buttons->addButton(confirm_, QDialogButtonBox::AcceptRole);
-    buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole)->setAutoDefault(false);
+    buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
     auto* const browseButton = buttons->addButton(tr("&Browse..."), QDialogButtonBox::ActionRole);
-    browseButton->setAutoDefault(false);
-    confirm_->setDefault(true);
     confirm_->setEnabled(false);
     connect(buttons, &QDialogButtonBox::accepted, this, &QtApplicationChooser::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QtApplicationChooser::reject);
@@ -89,6 +87,7 @@ void QtApplicationChooser::layOut() {
     auto* const column = new QVBoxLayout{this};
     for (QWidget* const widget : std::initializer_list<QWidget*>{message, search_, list_, buttons})
         column->addWidget(widget);
+    confirm_->setDefault(true); // after it has come into the dialog, or another button would be the default one
     resize(sizeHint().expandedTo({440, 420}));
 }
 

@@ -76,13 +76,10 @@ void QtFileChooser::layOut(const Wanted& wanted) {
     entries_->header()->setStretchLastSection(false);
     entries_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     entries_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    up_->setAutoDefault(false);
     problem_->hide();
     auto* const buttons = new QDialogButtonBox;
     buttons->addButton(confirm_, QDialogButtonBox::AcceptRole);
-    auto* const cancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
-    cancel->setAutoDefault(false);
-    confirm_->setDefault(true);
+    buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::accepted, this, &QtFileChooser::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QtFileChooser::reject);
     auto* const column = new QVBoxLayout{this};
@@ -91,6 +88,7 @@ void QtFileChooser::layOut(const Wanted& wanted) {
     column->addWidget(entries_, 1);
     column->addWidget(problem_);
     column->addWidget(buttons);
+    confirm_->setDefault(true); // after it has come into the dialog, or another button would be the default one
     resize(sizeHint().expandedTo({720, 440}));
 }
 

@@ -158,6 +158,21 @@ TEST_F(QtChoosers, TakeAFolderOnlyWhereOneIsWanted) {
     EXPECT_FALSE(chooser.confirm().isEnabled());
 }
 
+TEST_F(QtChoosers, ReturnPressesTheButtonThatHasTheFocus) {
+    const auto cancel = [this] {
+        chooser.confirm("Cancel").setFocus();
+        QTest::keyClick(&chooser.confirm("Cancel"), Qt::Key_Return);
+    };
+    begin();
+    ASSERT_TRUE(chooser.select(".hidden"));
+    cancel();
+    types = {"app"};
+    begin();
+    chooser.manager.sheet()->findChild<QListWidget*>()->setCurrentRow(0);
+    cancel();
+    EXPECT_THAT(results, ElementsAre(OpenPanel::cancelResult, OpenPanel::cancelResult));
+}
+
 TEST_F(QtChoosers, SayThatANameThatIsNoUtf8IsLeftOut) {
     QFile file{folder.filePath(QStringLiteral("x"))};
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
