@@ -10,6 +10,7 @@
 #include <map>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace letterloft {
 
@@ -67,6 +68,7 @@ private:
     struct Word {
         Alternatives values{std::string{}};
         bool isThere = false;
+        bool isUntold = false; // holds what can't be told
         bool handsArgumentsOn = false;
     };
 
@@ -225,6 +227,7 @@ private:
         Alternatives answer;
         for (const auto& command : inner.commands())
             if (const auto printed = printedBy(command.words)) answer.push_back(*printed);
+        word_.isUntold = answer.empty();
         if (answer.empty()) return;
         append(word_.values, {answer.back()});
         word_.isThere = true;
@@ -255,7 +258,7 @@ private:
         }
         Alternatives values = valuesOf(name);
         const auto fallback = rest.find_first_of("-=");
-        if (!rest.empty() && fallback <= 1 && fallback != std::string::npos) {
+        if (!rest.empty() && fallback <= 1 && depth_ < deepestSubstitution) {
             const Alternatives other = Scanner{rest.substr(fallback + 1), script_, depth_ + 1}.expandedText(variables_);
             values.insert(values.end(), other.begin(), other.end());
             if (rest[fallback] == '=') variables_[name] = values;
@@ -266,6 +269,7 @@ private:
         else if (rest == "##*/")
             for (auto& value : values)
                 value = lastComponent(value);
+        word_.isUntold = values.empty();
         if (values.empty()) return;
         append(word_.values, values);
         word_.isThere = true;
@@ -280,7 +284,10 @@ private:
     }
 
     void endWord() {
-        if (word_.isThere || word_.handsArgumentsOn) words_.push_back(std::move(word_));
+        if (word_.isThere || word_.handsArgumentsOn)
+            words_.push_back(std::move(word_));
+        else if (word_.isUntold)
+            isUntold_ = true;
         word_ = {};
     }
 
@@ -307,6 +314,8 @@ private:
         words_.clear();
         ShellCommand command;
         command.inBackground = inBackground;
+        command.place = place_++;
+        const bool isUntold = std::exchange(isUntold_, false);
         std::size_t first = 0;
         for (; first < words.size(); ++first) {
             const Word& word = words[first];
@@ -320,7 +329,11 @@ private:
                 break;
             }
         }
-        if (first < words.size()) addCommand(std::move(command), words, first);
+        if (first < words.size()) return addCommand(std::move(command), words, first);
+        if (isUntold && (words.empty() || command.replacesShell)) {
+            command.words.emplace_back();
+            commands_.push_back(std::move(command));
+        }
     }
 
     void addCommand(ShellCommand command, const std::vector<Word>& words, std::size_t first) {
@@ -354,6 +367,8 @@ private:
     std::size_t at_ = 0;
     Word word_;
     std::vector<Word> words_;
+    bool isUntold_ = false; // a word of this command is, and was left out
+    int place_ = 0;
     std::vector<std::string> hereDocuments_;
     std::vector<ShellCommand> commands_;
 };

@@ -8,7 +8,10 @@ namespace letterloft {
 // What a shell script starts, as far as can be told without running it: plain assignments, "$0" and the usual ways of
 // telling the script's own folder are followed, conditions are not (every branch counts), sourced files are not read.
 struct ShellCommand {
-    std::vector<std::string> words; // the program first; what can't be told is left out
+    // The program first; what can't be told is left out, but a program of which nothing can be told is empty.
+    std::vector<std::string> words;
+
+    int place = 0; // in the order of the script; the values of one command share theirs
 
     bool replacesShell = false;    // `exec`
     bool inBackground = false;     // `&`

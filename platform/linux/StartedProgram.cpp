@@ -5,8 +5,11 @@
 #include "storage/SupportFolder.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <span>
+#include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace letterloft {
 
@@ -21,6 +24,7 @@ struct Prefix {
     std::string_view name;
     std::vector<std::string_view> withValue; // options whose value stands in an argument of its own
     std::size_t operands = 0;                // before the program
+    std::vector<std::string_view> withTwoValues = {};
 };
 
 // Programs that start the one named after them and are not it.
@@ -45,8 +49,87 @@ const std::vector<Prefix>& prefixes() {
         {"systemd-inhibit", {}},
         {"xvfb-run", {"-n", "-s", "-e", "-f", "-p", "-w"}},
         {"command", {}},
+        {"xdg-terminal-exec", {}},
+        {"firejail", {}},
+        {"pkexec", {"--user"}},
+        {"systemd-run",
+         {"-p", "--property", "-u", "--unit", "-E", "--setenv", "--slice", "-H", "--host", "-M", "--machine",
+          "--description", "--working-directory", "--uid", "--gid", "--nice", "--service-type"}},
+        {"bwrap",
+         {"--args",
+          "--argv0",
+          "--userns",
+          "--userns2",
+          "--pidns",
+          "--uid",
+          "--gid",
+          "--hostname",
+          "--chdir",
+          "--unsetenv",
+          "--lock-file",
+          "--sync-fd",
+          "--remount-ro",
+          "--exec-label",
+          "--file-label",
+          "--proc",
+          "--dev",
+          "--tmpfs",
+          "--mqueue",
+          "--dir",
+          "--seccomp",
+          "--info-fd",
+          "--block-fd",
+          "--userns-block-fd",
+          "--json-status-fd",
+          "--add-seccomp-fd",
+          "--cap-add",
+          "--cap-drop",
+          "--perms",
+          "--size"},
+         0,
+         {"--setenv", "--bind", "--bind-try", "--dev-bind", "--dev-bind-try", "--ro-bind", "--ro-bind-try", "--file",
+          "--bind-data", "--ro-bind-data", "--symlink", "--chmod"}},
     };
     return all;
+}
+
+bool holds(const std::vector<std::string_view>& names, std::string_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// What is told to run in them is the application; with nothing told they are it themselves.
+bool isTerminal(std::string_view name) {
+    static const std::vector<std::string_view> all{"x-terminal-emulator",
+                                                   "xterm",
+                                                   "uxterm",
+                                                   "lxterm",
+                                                   "rxvt",
+                                                   "urxvt",
+                                                   "mlterm",
+                                                   "st",
+                                                   "gnome-terminal",
+                                                   "gnome-terminal.wrapper",
+                                                   "kgx",
+                                                   "ptyxis",
+                                                   "mate-terminal",
+                                                   "mate-terminal.wrapper",
+                                                   "xfce4-terminal",
+                                                   "xfce4-terminal.wrapper",
+                                                   "lxterminal",
+                                                   "konsole",
+                                                   "qterminal",
+                                                   "terminator",
+                                                   "terminology",
+                                                   "tilix",
+                                                   "tilix.wrapper",
+                                                   "sakura",
+                                                   "kitty",
+                                                   "alacritty",
+                                                   "foot",
+                                                   "footclient",
+                                                   "wezterm",
+                                                   "cool-retro-term"};
+    return holds(all, name.substr(name.rfind('/') + 1));
 }
 
 bool isAssignment(const std::string& word) {
@@ -58,10 +141,11 @@ Words afterPrefix(const Prefix& prefix, Words words) {
     std::size_t operands = prefix.operands;
     std::size_t i = 1;
     for (; i < words.size(); ++i) {
-        const auto& withValue = prefix.withValue;
         if (words[i] == "--") return words.subspan(i + 1);
-        if (std::find(withValue.begin(), withValue.end(), words[i]) != withValue.end())
+        if (holds(prefix.withValue, words[i]))
             ++i;
+        else if (holds(prefix.withTwoValues, words[i]))
+            i += 2;
         else if (words[i].starts_with('-') || isAssignment(words[i]))
             continue;
         else if (operands-- == 0)
@@ -89,16 +173,32 @@ public:
         if (name == "flatpak") return addNamed(StartedProgram::Kind::flatpak, targetOfRun(words));
         if (name == "snap") return addSnap(targetOfRun(words));
         const auto found = programInPath(words.front());
-        if (!found) return;
+        if (!found) return addMissing(words.front(), name);
         const auto file = canonicalPath(*found);
         if (!file) return;
         if (lastComponent(*file) == "snap") return addSnap(name); // /snap/bin/NAME leads to /usr/bin/snap
+        if (isTerminal(name) || isTerminal(*file)) return resolveTerminal(*file, words, depth);
         resolveFile(*file, words, depth);
     }
 
     std::vector<StartedProgram> programs;
 
 private:
+    void resolveTerminal(const std::string& file, Words words, int depth) {
+        if (words.size() == 1) return addFile(file, depth);
+        for (std::size_t i = 1; i < words.size(); ++i) {
+            const std::string& option = words[i];
+            for (const std::string_view name : {"--command=", "--execute="})
+                if (option.starts_with(name)) return resolveScript(option.substr(name.size()), "", depth);
+            if (!holds({"-e", "-x", "--", "--command", "--execute"}, option)) continue;
+            const Words told = words.subspan(i + 1);
+            // Some take the whole command line as one word.
+            const bool isLine = option != "--" && !told.empty() && told.front().find(' ') != std::string::npos;
+            return isLine ? resolveScript(told.front(), "", depth) : resolve(told, depth + 1);
+        }
+        addCommandLine(interpreterName(file), file, {words.begin() + 1, words.end()});
+    }
+
     void resolveFile(const std::string& file, Words words, int depth) {
         const std::vector<std::string> arguments{words.begin() + 1, words.end()};
         for (const auto& argument : arguments)
@@ -124,7 +224,11 @@ private:
         const auto path = script ? canonicalPath(*script) : std::nullopt;
         if (path && path->starts_with('/') && script->starts_with('/')) return addScript(*path, interpreter, depth);
         // Nothing but the whole line tells `python3 -m mailer` from other programs in that language.
-        if (arguments.empty()) return;
+        if (!arguments.empty()) addCommandLine(interpreter, file, arguments);
+    }
+
+    void addCommandLine(const std::string& interpreter, const std::string& file,
+                        const std::vector<std::string>& arguments) {
         StartedProgram line;
         line.kind = StartedProgram::Kind::commandLine;
         line.file = file;
@@ -132,6 +236,18 @@ private:
         line.interpreter = interpreter;
         line.arguments = arguments;
         programs.push_back(line);
+    }
+
+    // Its file is gone, which ends nobody who runs it.
+    void addMissing(const std::string& program, const std::string& name) {
+        // What a script names may never have been there.
+        if (isInScript_ || isInterpreter(interpreterName(name)) || isTerminal(name)) return;
+        std::istringstream folders{program.starts_with('/') ? "/" : std::getenv("PATH") ? std::getenv("PATH") : ""};
+        for (std::string folder; std::getline(folders, folder, ':');) {
+            StartedProgram missing;
+            missing.file = canonicalPathOfMissing(program.starts_with('/') ? program : joined(folder, program));
+            add(std::move(missing));
+        }
     }
 
     void addFile(const std::string& file, int depth) {
@@ -158,13 +274,16 @@ private:
     }
 
     void resolveScript(const std::string& text, const std::string& file, int depth) {
-        for (const auto& command : commandsOfShellScript(text, file)) {
-            // Other commands of a file are at most helpers, or run below the shell that waits for them; a text is
-            // written for the one thing it starts.
-            const bool starts =
-                file.empty() || command.replacesShell || command.inBackground || command.handsArgumentsOn;
-            if (starts && !isBystander(lastComponent(command.words.front()))) resolve(command.words, depth + 1);
+        const bool wasInScript = std::exchange(isInScript_, true);
+        auto commands = commandsOfShellScript(text, file);
+        std::erase_if(commands, [](const auto& one) { return isBystander(lastComponent(one.words.front())); });
+        for (const auto& command : commands) {
+            // What comes before it only helps. In a file one that the shell waits for runs below it, and is found
+            // there.
+            const bool isLast = command.place == commands.back().place && (file.empty() || command.inBackground);
+            if (isLast || command.replacesShell || command.handsArgumentsOn) resolve(command.words, depth + 1);
         }
+        isInScript_ = wasInScript;
     }
 
     void addNamed(StartedProgram::Kind kind, const std::string& name, const std::string& file = {}) {
@@ -186,85 +305,85 @@ private:
         programs.push_back(std::move(program));
         return true;
     }
+
+    bool isInScript_ = false;
 };
 
 } // namespace
 
 bool isBystander(std::string_view name) {
-    static const std::vector<std::string_view> all{
-        "[",
-        "test",
-        "echo",
-        "printf",
-        "set",
-        "shift",
-        "getopt",
-        "getopts",
-        "eval",
-        "export",
-        "local",
-        "return",
-        "exit",
-        "cd",
-        ".",
-        "source",
-        "trap",
-        "case",
-        "for",
-        "cat",
-        "sed",
-        "awk",
-        "grep",
-        "logger",
-        "man",
-        "less",
-        "more",
-        "sleep",
-        "wait",
-        "kill",
-        "rm",
-        "mv",
-        "cp",
-        "ln",
-        "mkdir",
-        "touch",
-        "chmod",
-        "tee",
-        "true",
-        "false",
-        "read",
-        "ulimit",
-        "umask",
-        "unset",
-        "gdb",
-        "lldb",
-        "strace",
-        "ltrace",
-        "valgrind",
-        "zenity",
-        "kdialog",
-        "yad",
-        "xmessage",
-        "notify-send",
-        "dirname",
-        "basename",
-        "readlink",
-        "realpath",
-        "xdg-open",
-        "xset",
-        "xrdb",
-        "dbus-send",
-        "gdbus",
-        "gsettings",
-        "sensible-browser",
-        "x-www-browser",
-        "systemctl",
-        "id",
-        "uname",
-        "which",
-        "locale",
-    };
-    return std::find(all.begin(), all.end(), name) != all.end();
+    static const std::vector<std::string_view> all{"[",
+                                                   "test",
+                                                   "echo",
+                                                   "printf",
+                                                   "set",
+                                                   "shift",
+                                                   "getopt",
+                                                   "getopts",
+                                                   "eval",
+                                                   "export",
+                                                   "local",
+                                                   "return",
+                                                   "exit",
+                                                   "cd",
+                                                   ".",
+                                                   "source",
+                                                   "trap",
+                                                   "case",
+                                                   "for",
+                                                   "cat",
+                                                   "sed",
+                                                   "awk",
+                                                   "grep",
+                                                   "logger",
+                                                   "man",
+                                                   "less",
+                                                   "more",
+                                                   "sleep",
+                                                   "wait",
+                                                   "kill",
+                                                   "rm",
+                                                   "mv",
+                                                   "cp",
+                                                   "ln",
+                                                   "mkdir",
+                                                   "touch",
+                                                   "chmod",
+                                                   "tee",
+                                                   "true",
+                                                   "false",
+                                                   "read",
+                                                   "ulimit",
+                                                   "umask",
+                                                   "unset",
+                                                   "gdb",
+                                                   "lldb",
+                                                   "strace",
+                                                   "ltrace",
+                                                   "valgrind",
+                                                   "zenity",
+                                                   "kdialog",
+                                                   "yad",
+                                                   "xmessage",
+                                                   "notify-send",
+                                                   "dirname",
+                                                   "basename",
+                                                   "readlink",
+                                                   "realpath",
+                                                   "xdg-open",
+                                                   "xset",
+                                                   "xrdb",
+                                                   "dbus-send",
+                                                   "gdbus",
+                                                   "gsettings",
+                                                   "sensible-browser",
+                                                   "x-www-browser",
+                                                   "systemctl",
+                                                   "id",
+                                                   "uname",
+                                                   "which",
+                                                   "locale"};
+    return holds(all, name);
 }
 
 std::vector<StartedProgram> programsStartedBy(const std::vector<std::string>& command) {

@@ -34,16 +34,22 @@ TEST_F(Resolved, FromTheWaysScriptsFindTheirProgram) {
              "if [ -n \"$DEBUG\" ]; then exec gdb --args nothing; else exec env A=1 " + real + "; fi",
              "[ -x /nowhere ] && exec /nowhere \"$@\"\n" + real + " >/dev/null 2>&1 &",
              "cat <<EOF >/dev/null\nexec /bin/ls \"$@\"\nEOF\nexec " + real + " # exec /bin/ls",
-             "nohup setsid " + real + " &> /dev/null &"})
+             "nohup setsid " + real + " &> /dev/null &", "/bin/ls &\n" + real + " & wait",
+             "xterm -e \"" + real + " --folder=in; true\" &"})
         EXPECT_EQ(of("#!/bin/sh\n" + line + "\n"), Names{"lib/real"}) << line;
 }
 
 TEST_F(Resolved, ToNothingFromWhatAScriptDoesOnTheSide) {
     EXPECT_EQ(of("#!/bin/sh\nmkdir -p x\n/bin/ls\necho \"$@\"\nzenity --info &\n[ \"$@\" ]\nexec 2>/dev/null\n"),
               Names{});
+    EXPECT_EQ(of("#!/bin/sh\n/bin/ls & sh -c '/bin/ls; $MAILER'\n/bin/ls &\nexec $MAILER\n"), Names{});
     EXPECT_EQ(of("#!/bin/sh\nexec \"$0\"\n"), Names{}); // starts itself for ever
     EXPECT_EQ(of("#!/bin/sh\n\"'`$(${((\\"), Names{});
     EXPECT_EQ(of("#!/bin/sh\n" + std::string(20000, '(') + "\n"), Names{});
+    std::string nested;
+    while (nested.size() < 100000)
+        nested += "${a:-";
+    EXPECT_EQ(of("#!/bin/sh\n" + nested + "\n"), Names{});
 }
 
 TEST_F(Resolved, ToTheTargetOfAGeneralLauncher) {
@@ -59,6 +65,16 @@ TEST_F(Resolved, ToTheTargetOfAGeneralLauncher) {
     EXPECT_EQ(only({"python3", "-m", "mailer", "--quiet"}).arguments,
               (std::vector<std::string>{"-m", "mailer", "--quiet"}));
     EXPECT_TRUE(programsStartedBy({"python3"}).empty());
+    const std::string xterm = program("bin/xterm");
+    const std::string mutt = program("bin/mutt");
+    EXPECT_EQ(only({xterm}).file, xterm);
+    EXPECT_EQ(only({xterm, "-class", "Mail"}).kind, StartedProgram::Kind::commandLine);
+    for (const std::vector<std::string>& command :
+         {Names{xterm, "-T", "Mail", "-e", mutt, "-y"}, Names{xterm, "--", "env", "A=1", mutt},
+          Names{xterm, "-e", mutt + " -y"}, Names{"firejail", "--private", mutt}, Names{"pkexec", "--user", "me", mutt},
+          Names{"systemd-run", "--user", "-p", "A=1", mutt}, Names{"bwrap", "--ro-bind", "/", "/", "--", mutt},
+          Names{"bwrap", "--setenv", "A", "1", "--chdir", "/", mutt}})
+        EXPECT_EQ(only(command).file, mutt) << command[1];
     const auto script = only({"perl", "-w", jar});
     EXPECT_EQ(script.kind, StartedProgram::Kind::script);
     EXPECT_EQ(script.file, jar);
