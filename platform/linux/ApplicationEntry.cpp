@@ -110,7 +110,6 @@ void readDesktopEntry(ApplicationEntry& entry) {
     if (command) entry.command = *command;
     entry.usable = desktopStatus(entry, file.get());
     if (!command && !textOf(file.get(), "Exec").empty()) entry.usable = command.status();
-    if (!entry.usable) entry.command.clear();
 }
 
 // One value of a property list in the old text form, `Key = value;`, which GNUstep writes and libplist 2.2 can't read.

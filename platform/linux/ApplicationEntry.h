@@ -29,8 +29,8 @@ struct ApplicationEntry {
     Status usable = Status::ok();
 
     // What starts it, program first, as g_shell_parse_argv read it; field codes such as "%u" are left out. For a bundle
-    // or an executable the one file to start, absolute. Empty when `usable` is not ok or the desktop entry starts by
-    // its bus name alone.
+    // or an executable the one file to start, absolute. Told of a desktop entry that is not `usable` too, for what
+    // still runs of it; empty when none can be told or the desktop entry starts by its bus name alone.
     std::vector<std::string> command;
 
     // Of a desktop entry; empty and false when it names none.

@@ -110,11 +110,8 @@ bool isUnitName(std::string_view name, const std::string& id) {
 
 ApplicationMatcher::ApplicationMatcher(ApplicationEntry entry) : entry_{std::move(entry)} {
     programs_ = programsStartedBy(entry_.command);
-    if (!programs_.empty() || entry_.kind != ApplicationEntry::Kind::executable) return;
-    // Its file is gone, which ends nobody who runs it.
-    StartedProgram program;
-    program.file = entry_.path;
-    programs_.push_back(program);
+    if (programs_.empty() && entry_.kind == ApplicationEntry::Kind::executable && !isSomething(entry_.path))
+        programs_ = programsStartedBy({entry_.path});
 }
 
 bool ApplicationMatcher::isInBundle(const std::string& file) const {
@@ -188,7 +185,7 @@ bool ApplicationMatcher::isMarkedForAnother(const Process& process) const {
 
 bool ApplicationMatcher::isFullyTold() const {
     return !programs_.empty() && std::all_of(programs_.begin(), programs_.end(), [](const auto& program) {
-        return !program.isWrapper() &&
+        return program.identity && !program.isWrapper() &&
                (program.kind == Kind::executable || program.kind == Kind::script || program.kind == Kind::appImage);
     });
 }

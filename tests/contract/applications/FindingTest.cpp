@@ -48,7 +48,12 @@ TEST_F(Found, WhenItsProgramHasBeenRemovedMeanwhile) {
     const std::string mailer = program("bin/mailer");
     const pid_t before = started({mailer});
     std::filesystem::remove(mailer);
-    EXPECT_EQ(quit(mailer), Pids{before});
+    started({program("bin/other")});
+    const std::string removed = program("bin/removed");
+    const pid_t ofEntry = started({removed});
+    std::filesystem::remove(removed);
+    EXPECT_EQ(quit(entry("removed", removed + " %u")), Pids{ofEntry});
+    EXPECT_EQ(quit(mailer), (Pids{before, ofEntry}));
     EXPECT_NE(log_.text.find("There is no application at " + mailer), std::string::npos);
 }
 
@@ -153,7 +158,7 @@ TEST_F(Found, InABundleWhicheverOfItsProgramsRuns) {
     EXPECT_EQ(quit(desktop_.home() + "/Mail.app/"), (Pids{one, two}));
 }
 
-TEST_F(Found, ByNothingWhenTheEntryIsBroken) {
+TEST_F(Found, ByWhatCanBeReadWhenTheEntryIsBroken) {
     started({program("bin/mailer")});
     for (const auto& [exec, reason] :
          std::vector<std::pair<std::string, std::string>>{{"'" + desktop_.home() + "/bin/mailer", "can't be read"},
@@ -168,6 +173,8 @@ TEST_F(Found, ByNothingWhenTheEntryIsBroken) {
     EXPECT_EQ(quit(desktop_.home()), Pids{}); // a folder
     EXPECT_EQ(quit(desktop_.home() + "/nothing\nhere"), Pids{});
     EXPECT_NE(log_.text.find("nothing\\nhere"), std::string::npos) << log_.text;
+    const pid_t untried = started({program("bin/untried")});
+    EXPECT_EQ(quit(entry("untried", desktop_.home() + "/bin/untried", "TryExec=/nowhere/untried")), Pids{untried});
 }
 
 class FoundOnDesktop : public Applications {
