@@ -100,7 +100,7 @@ Status TreeWalk::goInto(int folder, const TreeEntry& entry, Visitor& visitor) {
             return systemFailure("%@ can't be listed", pathOf(entry));
     }
     trail_.enter(std::move(opened), entry.name, FileIdentity{info});
-    levels_.push_back({entry, info, FolderListing{calls_}});
+    levels_.push_back({entry.name, entry, info, FolderListing{calls_}});
     return Status::ok();
 }
 
@@ -120,8 +120,9 @@ Status TreeWalk::goOn(Visitor& visitor) {
 Status TreeWalk::goBack(Visitor& visitor) {
     OpenFile left;
     if (Status back = trail_.leave(left); !back) return back;
-    const Level level = std::move(levels_.back());
+    Level level = std::move(levels_.back());
     levels_.pop_back();
+    level.entry.name = level.name.c_str();
     return visitor.leave(trail_.depth() == 0 ? top_ : trail_.innermost(), level.entry, left.get(), level.info);
 }
 

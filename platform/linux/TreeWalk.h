@@ -74,7 +74,9 @@ public:
     std::string pathOf(const TreeEntry& entry) const;
 
 private:
+    // The name is kept here: the listing that lent it to the entry moves its names when it is read to its end.
     struct Level {
+        std::string name;
         TreeEntry entry;
         struct statx info;
         FolderListing listing;

@@ -260,6 +260,21 @@ TEST_F(PosixFileManagerTest, GoesDeeperThanDescriptorsAndPathsReach) {
     EXPECT_TRUE(fs::is_empty(disk));
 }
 
+TEST_F(PosixFileManagerTest, GoesDeepFromACrowdedFolder) {
+    writeFile(memory + "/file", "");
+    const std::string crowd = memory + "/crowd/";
+    std::string chain = "/c";
+    while (chain.size() < 60)
+        chain += chain;
+    for (int i = 0; i < 70000; ++i) {
+        const std::string name = crowd + std::to_string(i);
+        if (i % 30000 == 0) fs::create_directories(name + "d" + chain);
+        ASSERT_EQ(link((memory + "/file").c_str(), name.c_str()), 0);
+    }
+    const Status removed = files.removeItem(crowd);
+    EXPECT_TRUE(removed) << removed.sentence();
+}
+
 TEST_F(PosixFileManagerTest, MakesFoldersForTheirOwnerOnlyWhateverTheUmask) {
     for (const mode_t mask : {0000u, 0022u, 0777u}) {
         const std::string folder = memory + "/made" + std::to_string(mask);
