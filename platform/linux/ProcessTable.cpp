@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t longestStat = 4096;
 constexpr std::size_t longestArguments = std::size_t{1} << 17;
 constexpr std::size_t longestEnvironment = std::size_t{1} << 21; // no execve(2) takes more by default
+constexpr unsigned long kernelThreadFlag = 0x00200000;           // PF_KTHREAD of the kernel's sched.h
 constexpr std::string_view goneSuffix = " (deleted)";
 
 struct CloseFolder {
@@ -55,7 +56,7 @@ std::string linkText(const std::string& path) {
 }
 
 // The fields of /proc/PID/stat; the name in parentheses may itself hold blanks and parentheses.
-bool readStat(std::string_view line, Process& process, char& state) {
+bool readStat(std::string_view line, Process& process, char& state, bool& isKernelThread) {
     const auto nameEnd = line.rfind(')');
     if (nameEnd == std::string_view::npos || nameEnd + 2 > line.size()) return false;
     const auto fields = split(line.substr(nameEnd + 2), ' ');
@@ -63,8 +64,10 @@ bool readStat(std::string_view line, Process& process, char& state) {
     const auto parent = number<pid_t>(fields[1]);
     const auto group = number<pid_t>(fields[2]);
     const auto session = number<pid_t>(fields[3]);
+    const auto flags = number<unsigned long>(fields[6]);
     const auto startTime = number<std::uint64_t>(fields[19]);
-    if (!parent || !group || !session || !startTime) return false;
+    if (!parent || !group || !session || !flags || !startTime) return false;
+    isKernelThread = (*flags & kernelThreadFlag) != 0;
     state = fields[0].front();
     process.parent = *parent;
     process.group = *group;
@@ -98,13 +101,14 @@ void readEnvironment(const std::string& environment, Process& process) {
 
 } // namespace
 
-ProcessTable::ProcessTable(uid_t user, std::string root) : root_{std::move(root)} {
+ProcessTable::ProcessTable(uid_t user, std::string root, const StartTimes& known) : root_{std::move(root)} {
     const std::unique_ptr<DIR, CloseFolder> folder{::opendir(root_.c_str())};
+    couldBeRead_ = folder != nullptr;
     if (!folder) return;
     while (const dirent* entry = ::readdir(folder.get())) {
         const auto pid = number<pid_t>(entry->d_name);
         if (!pid || *pid <= 0) continue;
-        if (auto process = read(*pid, user)) processes_.emplace(*pid, std::move(*process));
+        if (auto process = read(*pid, user, known)) processes_.emplace(*pid, std::move(*process));
     }
 }
 
@@ -112,13 +116,18 @@ std::string ProcessTable::file(pid_t pid, const char* name) const {
     return root_ + "/" + std::to_string(pid) + "/" + name;
 }
 
-std::optional<Process> ProcessTable::read(pid_t pid, uid_t user) const {
-    if (!belongsTo(user, root_ + "/" + std::to_string(pid))) return std::nullopt;
+std::optional<Process> ProcessTable::read(pid_t pid, uid_t user, const StartTimes& known) {
     Process process;
     process.identity.pid = pid;
     char state = '\0';
     const auto line = headOfFile(file(pid, "stat"), longestStat);
-    if (!line || !readStat(*line, process, state) || state == 'Z' || state == 'X') return std::nullopt;
+    bool isKernelThread = false;
+    if (!line || !readStat(*line, process, state, isKernelThread)) return std::nullopt;
+    seen_.emplace(pid, process.identity.startTime);
+    if (state == 'Z' || state == 'X' || isKernelThread) return std::nullopt;
+    if (const auto one = known.find(pid); one != known.end() && one->second == process.identity.startTime)
+        return std::nullopt;
+    if (!belongsTo(user, root_ + "/" + std::to_string(pid))) return std::nullopt;
 
     const std::string link = file(pid, "exe");
     process.executable = linkText(link);
@@ -140,8 +149,9 @@ std::set<pid_t> ProcessTable::lineageOf(pid_t pid) const {
     while (pid > 0 && lineage.insert(pid).second) {
         Process process;
         char state = '\0';
+        bool isKernelThread = false;
         const auto line = headOfFile(file(pid, "stat"), longestStat);
-        if (!line || !readStat(*line, process, state)) break;
+        if (!line || !readStat(*line, process, state, isKernelThread)) break;
         pid = process.parent;
     }
     return lineage;

@@ -41,10 +41,18 @@ struct Process {
 // vanish meanwhile. A value: what happens later does not change it.
 class ProcessTable {
 public:
-    // `root` is where proc(5) is mounted.
-    explicit ProcessTable(uid_t user, std::string root = "/proc");
+    using StartTimes = std::map<pid_t, std::uint64_t>; // of processes, by their numbers
+
+    // `root` is where proc(5) is mounted. Those `known` are left out: no more than their start time is read.
+    explicit ProcessTable(uid_t user, std::string root = "/proc", const StartTimes& known = {});
+
+    // False: nothing is known of any process.
+    bool couldBeRead() const { return couldBeRead_; }
 
     const std::map<pid_t, Process>& processes() const { return processes_; }
+
+    // All that the walk came upon, whoever they belong to.
+    const StartTimes& seen() const { return seen_; }
 
     const Process* find(pid_t pid) const;
     std::vector<const Process*> childrenOf(pid_t pid) const;
@@ -65,11 +73,13 @@ public:
     std::string flatpakName(const Process& process) const;
 
 private:
-    std::optional<Process> read(pid_t pid, uid_t user) const;
+    std::optional<Process> read(pid_t pid, uid_t user, const StartTimes& known);
     std::string file(pid_t pid, const char* name) const;
 
     std::string root_;
+    bool couldBeRead_ = false;
     std::map<pid_t, Process> processes_;
+    StartTimes seen_;
 };
 
 } // namespace letterloft
