@@ -6,6 +6,7 @@ extern "C" { // glibc 2.36 declares these without it
 #include <sys/pidfd.h>
 }
 
+#include <cerrno>
 #include <csignal>
 #include <dirent.h>
 #include <memory>
@@ -63,6 +64,13 @@ bool allThreadsBlockSigterm(pid_t pid) {
     return any;
 }
 
+// What can't be read, for want of descriptors, may well be there.
+bool hasGone(const ProcessIdentity& identity) {
+    if (kill(identity.pid, 0) != 0 && errno == ESRCH) return true;
+    const auto now = ProcessIdentity::ofProcess(identity.pid);
+    return now && *now != identity;
+}
+
 } // namespace
 
 std::optional<ProcessIdentity> ProcessIdentity::ofProcess(pid_t pid) {
@@ -74,9 +82,9 @@ std::optional<ProcessIdentity> ProcessIdentity::ofProcess(pid_t pid) {
 
 std::optional<HeldProcess> HeldProcess::hold(const ProcessIdentity& identity) {
     const int descriptor = pidfd_open(identity.pid, 0); // close-on-exec by itself
-    if (descriptor < 0) return std::nullopt;
+    if (descriptor < 0 && errno == ESRCH) return std::nullopt;
     HeldProcess held{identity, descriptor};
-    if (ProcessIdentity::ofProcess(identity.pid) != identity) return std::nullopt;
+    if (hasGone(identity)) return std::nullopt;
     return held;
 }
 
@@ -94,6 +102,10 @@ HeldProcess::~HeldProcess() {
 }
 
 bool HeldProcess::hasEnded() const {
+    if (descriptor_ < 0) {
+        const std::vector<std::string> fields = statFieldsAfterName(pid());
+        return hasGone(identity_) || (!fields.empty() && (fields.front() == "Z" || fields.front() == "X"));
+    }
     pollfd end{descriptor_, POLLIN, 0};
     return poll(&end, 1, 0) == 1;
 }
@@ -111,7 +123,9 @@ bool HeldProcess::isStopped() const {
     return !fields.empty() && fields.front() == "T" && !hasEnded();
 }
 
-bool HeldProcess::sendSignal(int signal) const { return pidfd_send_signal(descriptor_, signal, nullptr, 0) == 0; }
+bool HeldProcess::sendSignal(int signal) const {
+    return descriptor_ >= 0 && pidfd_send_signal(descriptor_, signal, nullptr, 0) == 0;
+}
 
 bool HeldProcess::sendSigterm() const {
     if (!sendSignal(SIGTERM)) return false;

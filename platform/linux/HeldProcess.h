@@ -23,7 +23,8 @@ struct ProcessIdentity {
 class HeldProcess {
 public:
     // None if the process is gone or its number belongs to another one by now: the identity is read again once the
-    // descriptor is open.
+    // descriptor is open. Where the system gives no descriptor, for want of them, the process is held by its start time
+    // alone: whether it has ended is still told, but no signal is sent to it.
     static std::optional<HeldProcess> hold(const ProcessIdentity& identity);
 
     HeldProcess(HeldProcess&& other) noexcept;
@@ -33,7 +34,7 @@ public:
     pid_t pid() const { return identity_.pid; }
     const ProcessIdentity& identity() const { return identity_; }
 
-    // Readable from the end of the process on, and ever after. Stays ours.
+    // Readable from the end of the process on, and ever after. Stays ours. -1 where there is none.
     int descriptor() const { return descriptor_; }
 
     // With all of its threads; a zombie has ended.
@@ -46,7 +47,7 @@ public:
     // Whether job control has stopped it; one that a debugger holds does not count.
     bool isStopped() const;
 
-    // False if it has ended, or the signal is not ours to send.
+    // False if it has ended, there is no descriptor, or the signal is not ours to send.
     bool sendSignal(int signal) const;
 
     // Sends SIGTERM, and SIGCONT to a stopped process, which would not see it otherwise.

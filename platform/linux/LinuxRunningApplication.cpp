@@ -27,11 +27,12 @@ void LinuxRunningApplication::terminate() {
     watchEnd(instance_.program);
     for (const HeldProcess& other : instance_.others)
         watchEnd(other);
+    lastSearch_ = steady_clock::now(); // the instance has just been found
+    if (instance_.isWithoutProgram) return;
     request_ = std::make_unique<QuitRequest>(
         QuitRequest::Addressee{instance_.applicationPath, instance_.applicationId, instance_.program}, bus_, watcher_,
         log_);
     request_->send(livingPids());
-    lastSearch_ = steady_clock::now(); // the instance has just been found
 }
 
 bool LinuxRunningApplication::isTerminated() {
@@ -44,6 +45,7 @@ bool LinuxRunningApplication::isTerminated() {
 // The end of a process stays readable for ever, so the watch goes with the first notice of it.
 void LinuxRunningApplication::watchEnd(const HeldProcess& process) {
     const int descriptor = process.descriptor();
+    if (descriptor < 0) return; // looked at whenever it is asked about
     watches_[descriptor] = watcher_.watchReadable(descriptor, [this, descriptor] { watches_.erase(descriptor); });
 }
 

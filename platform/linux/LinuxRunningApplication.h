@@ -32,6 +32,9 @@ public:
 
         // The processes of this instance that are not among those held so far, which may all have ended by now.
         std::function<std::vector<HeldProcess>(const std::vector<ProcessIdentity>& heldSoFar)> newcomers;
+
+        // The program has ended, and one of the others stands in its place: they are waited for, and none is asked.
+        bool isWithoutProgram = false;
     };
 
     LinuxRunningApplication(Instance instance, SessionBus& bus, DescriptorWatcher& watcher, Log& log);

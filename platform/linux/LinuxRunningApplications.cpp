@@ -23,24 +23,21 @@ class Newcomers {
 public:
     Newcomers(std::shared_ptr<const ApplicationMatcher> matcher, const ProcessTable& table,
               const InstanceSearch::Found& instance)
-        : matcher_{std::move(matcher)}, program_{*instance.program} {
-        for (const auto& [pid, process] : table.processes()) {
-            const bool isOurs =
-                &process == instance.program ||
-                std::find(instance.others.begin(), instance.others.end(), &process) != instance.others.end();
-            if (!isOurs) strangers_.push_back(process.identity);
-        }
+        : matcher_{std::move(matcher)}, program_{*instance.program}, strangers_{table.seen()} {
+        strangers_.erase(instance.program->identity.pid);
+        for (const Process* other : instance.others)
+            strangers_.erase(other->identity.pid);
     }
 
     std::vector<HeldProcess> operator()(const std::vector<ProcessIdentity>& heldSoFar) const {
-        const ProcessTable table{::getuid()};
+        const ProcessTable table{::getuid(), "/proc", strangers_};
         const std::set<pid_t> own = table.lineageOf(::getpid());
         std::vector<ProcessIdentity> ours = heldSoFar;
         std::vector<HeldProcess> newcomers;
         // Again after each find, for its own children.
         for (bool isMore = true; std::exchange(isMore, false);) {
             for (const auto& [pid, process] : table.processes()) {
-                if (own.contains(pid) || holds(ours, process.identity) || holds(strangers_, process.identity)) continue;
+                if (own.contains(pid) || holds(ours, process.identity)) continue;
                 if (!isNewcomer(process, ours, table)) continue;
                 ours.push_back(process.identity);
                 isMore = true;
@@ -68,11 +65,20 @@ private:
 
     std::shared_ptr<const ApplicationMatcher> matcher_;
     Process program_;
-    std::vector<ProcessIdentity> strangers_;
+    ProcessTable::StartTimes strangers_;
 };
 
 std::string nameOf(const Process& process) {
     return process.executable + " (" + std::to_string(process.identity.pid) + ")";
+}
+
+std::optional<HeldProcess> held(const Process& process, Log& log) {
+    auto held = HeldProcess::hold(process.identity);
+    if (held && held->descriptor() < 0)
+        log.write(filledForLog("The end of %@ can only be looked for, and no signal be sent to it: the system gives no "
+                               "descriptor for it",
+                               {nameOf(process)}));
+    return held;
 }
 
 bool holdsOneOf(const std::set<pid_t>& pids, const InstanceSearch::Found& found) {
@@ -92,6 +98,7 @@ LinuxRunningApplications::runningInstances(const std::string& applicationPath) {
     const ApplicationEntry& entry = matcher->entry();
     if (!entry.usable) log_.write(escaped(entry.usable.sentence()));
     const ProcessTable table{::getuid()};
+    if (!table.couldBeRead()) log_.write("The processes can't be looked at: /proc can't be read");
     XWindows windows;
     const std::set<pid_t> own = table.lineageOf(::getpid());
 
@@ -102,12 +109,13 @@ LinuxRunningApplications::runningInstances(const std::string& applicationPath) {
                                     {nameOf(*found.program), applicationPath}));
             continue;
         }
-        auto program = HeldProcess::hold(found.program->identity);
+        auto program = held(*found.program, log_);
         std::vector<HeldProcess> others;
         for (const Process* other : found.others)
-            if (auto held = HeldProcess::hold(other->identity)) others.push_back(std::move(*held));
+            if (auto one = held(*other, log_)) others.push_back(std::move(*one));
         // One that ended just now leaves its instance to those that are still there.
-        if (!program && !others.empty()) {
+        const bool isWithoutProgram = !program;
+        if (isWithoutProgram && !others.empty()) {
             program = std::move(others.back());
             others.pop_back();
         }
@@ -115,7 +123,8 @@ LinuxRunningApplications::runningInstances(const std::string& applicationPath) {
         const bool hasId = entry.kind == ApplicationEntry::Kind::desktopEntry;
         instances.push_back(std::make_unique<LinuxRunningApplication>(
             LinuxRunningApplication::Instance{applicationPath, hasId ? entry.identifier : std::string{},
-                                              std::move(*program), std::move(others), Newcomers{matcher, table, found}},
+                                              std::move(*program), std::move(others), Newcomers{matcher, table, found},
+                                              isWithoutProgram},
             bus_, watcher_, log_));
     }
     return instances;
