@@ -3,10 +3,11 @@
 add_executable(letterloft-test-application ${CMAKE_CURRENT_LIST_DIR}/TestApplication.cpp)
 target_link_libraries(letterloft-test-application PRIVATE letterloft_options PkgConfig::XCB)
 
-foreach(group Start Settings Switch Ending StatusBar Names)
+foreach(group Start Settings Switch Ending StatusBar Names Accounts Applications Reset OpenQuestion ScreenReader)
     string(TOLOWER ${group} file)
     string(REPLACE ending switch file ${file})
     string(REPLACE names statusbar file ${file})
+    string(REGEX REPLACE "accounts|applications|reset|openquestion|screenreader" manager file ${file})
     add_test(NAME Desktop.${group}
         COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_LIST_DIR}/test_${file}.py -v ${group})
     set_tests_properties(Desktop.${group} PROPERTIES TIMEOUT 600 LABELS desktop ENVIRONMENT
