@@ -8,7 +8,8 @@
 namespace letterloft {
 
 // Files and folders, as the controllers use them. Owned by main; outlives the controllers. Main thread only.
-// Paths are absolute; names are bytes, normally UTF-8. Trailing slashes do not count.
+// Paths are absolute; names are bytes, normally UTF-8. Trailing slashes do not count. Nothing stands
+// at what is no such path (empty, relative, or with a NUL in it), and operations on it fail.
 class FileManager {
 public:
     virtual ~FileManager() = default;

@@ -22,6 +22,17 @@ constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 // Trailing slashes would make the system follow a link at the end; doubled ones would tell two spellings apart.
 std::string tidied(const std::string& path) { return path.empty() ? path : joined(path, ""); }
 
+// What is no path must not reach the system: it would take the bytes before a NUL, or look in the working folder.
+const char* reasonAgainstPath(const std::string& path) {
+    if (path.empty() || path.front() != '/') return "it is no absolute path";
+    return path.find('\0') == std::string::npos ? nullptr : "no path can hold a NUL";
+}
+
+Status checkedPath(const std::string& path) {
+    const char* reason = reasonAgainstPath(path);
+    return reason ? Status::failure(filled("\"%@\" can't be used: %@", {path, reason})) : Status::ok();
+}
+
 } // namespace
 
 PosixFileManager::PosixFileManager(const Parts& parts, std::string home, std::vector<std::string> protectedPaths)
@@ -36,8 +47,10 @@ bool PosixFileManager::folderExists(const std::string& path) const { return exis
 
 // Whether something of that type, or of any with 0, stands at the path or at the end of its links.
 bool PosixFileManager::existsWithMode(const std::string& path, mode_t type) const {
+    if (reasonAgainstPath(path)) return false;
     struct statx info {};
-    if (parts_.calls.statx(AT_FDCWD, path.c_str(), 0, &info) == 0) return type == 0 || (info.stx_mode & S_IFMT) == type;
+    if (parts_.calls.statx(AT_FDCWD, tidied(path).c_str(), 0, &info) == 0)
+        return type == 0 || (info.stx_mode & S_IFMT) == type;
     if (errno == ENOENT || errno == ENOTDIR) return false;
     parts_.log.write(
         filledForLog("%@ can't be looked at, so something is taken to be there: %@", {path, systemReason(errno)}));
@@ -45,6 +58,7 @@ bool PosixFileManager::existsWithMode(const std::string& path, mode_t type) cons
 }
 
 Status PosixFileManager::createFolder(const std::string& path) {
+    if (Status checked = checkedPath(path); !checked) return checked;
     const std::string whole = tidied(path);
     std::vector<std::string> missing{whole};
     struct statx info {};
@@ -75,6 +89,7 @@ Status PosixFileManager::makeFolder(const std::string& path) {
 }
 
 Result<std::vector<std::string>> PosixFileManager::contentsOfFolder(const std::string& path) const {
+    if (Status checked = checkedPath(path); !checked) return checked;
     const OpenFile folder{parts_.calls, parts_.calls.openat(AT_FDCWD, path.c_str(), folderFlags, 0)};
     if (!folder) return systemFailure("The folder %@ can't be listed", path);
     std::vector<std::string> names;
@@ -94,6 +109,8 @@ Result<std::vector<std::string>> PosixFileManager::contentsOfFolder(const std::s
 }
 
 Status PosixFileManager::moveItem(const std::string& fromPath, const std::string& toPath) {
+    for (const std::string& path : {fromPath, toPath})
+        if (const char* reason = reasonAgainstPath(path)) return moveFailure(fromPath, toPath, reason);
     const std::string from = tidied(fromPath);
     const std::string to = tidied(toPath);
     if (Status refused = refusalToMove(from, to); !refused) return refused;
@@ -147,6 +164,7 @@ bool PosixFileManager::isInside(const std::string& path, const FileIdentity& fol
 }
 
 Status PosixFileManager::removeItem(const std::string& path) {
+    if (Status checked = checkedPath(path); !checked) return checked;
     const std::string whole = tidied(path);
     struct statx info {};
     struct statx home {};

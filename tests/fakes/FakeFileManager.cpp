@@ -31,15 +31,17 @@ bool FakeFileManager::isTroubled(const std::string& path) const {
 }
 
 bool FakeFileManager::fileExists(const std::string& path) const {
-    return isUnreachable(path) || nodeAt(path, true) != nullptr;
+    return isPath(path) && (isUnreachable(path) || nodeAt(path, true) != nullptr);
 }
 
 bool FakeFileManager::folderExists(const std::string& path) const {
+    if (!isPath(path)) return false;
     const Node* node = nodeAt(path, true);
     return isUnreachable(path) || (node && node->kind == Node::Kind::folder);
 }
 
 Status FakeFileManager::createFolder(const std::string& path) {
+    if (!isPath(path)) return failure("Can't make", path, "no path");
     if (++operations == failingOperation || isTroubled(path)) return failure("Can't make", path, "no space left");
     const std::string whole = tidied(path);
     for (std::size_t end = 1; end != std::string::npos;) {
@@ -54,6 +56,7 @@ Status FakeFileManager::createFolder(const std::string& path) {
 }
 
 Result<std::vector<std::string>> FakeFileManager::contentsOfFolder(const std::string& path) const {
+    if (!isPath(path)) return failure("Can't list", path, "no path");
     if (++operations == failingOperation || isTroubled(path)) return failure("Can't list", path, "input/output error");
     if (!folderExists(path)) return failure("Can't list", path, "no such folder");
     const std::string folder = *resolved(path, true);
@@ -65,6 +68,7 @@ Result<std::vector<std::string>> FakeFileManager::contentsOfFolder(const std::st
 }
 
 Status FakeFileManager::moveItem(const std::string& from, const std::string& to) {
+    if (!isPath(from) || !isPath(to)) return failure("Can't move", from + "\" to \"" + to, "no path");
     if (++operations == failingOperation || isTroubled(from) || isTroubled(to))
         return failure("Can't move", from, "input/output error");
     const auto source = resolved(from, false);
@@ -82,6 +86,7 @@ Status FakeFileManager::moveItem(const std::string& from, const std::string& to)
 }
 
 Status FakeFileManager::removeItem(const std::string& path) {
+    if (!isPath(path)) return failure("Can't remove", path, "no path");
     if (++operations == failingOperation || isTroubled(path)) return failure("Can't remove", path, "access denied");
     const auto at = resolved(path, false);
     if (!at || tree.count(*at) == 0) return failure("Can't remove", path, "it is not there");

@@ -17,8 +17,12 @@ bool FakeFileTree::isAtOrBelow(const std::string& path, const std::string& folde
     return path == folder || folder == "/" || path.compare(0, folder.size() + 1, folder + "/") == 0;
 }
 
+bool FakeFileTree::isPath(const std::string& path) {
+    return !path.empty() && path.front() == '/' && path.find('\0') == std::string::npos;
+}
+
 std::string FakeFileTree::tidied(const std::string& path) {
-    assert(!path.empty() && path.front() == '/'); // paths are absolute
+    assert(isPath(path));
     return joined(path, "");
 }
 

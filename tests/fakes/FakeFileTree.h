@@ -33,6 +33,7 @@ public:
 protected:
     static std::string parentOf(const std::string& path);
     static bool isAtOrBelow(const std::string& path, const std::string& folder);
+    static bool isPath(const std::string& path);
     static std::string tidied(const std::string& path);
 
     // Where `path` leads, whether anything stands there or not; none if a folder on the way is missing.

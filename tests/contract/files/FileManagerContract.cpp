@@ -182,10 +182,29 @@ TEST_P(FileManagerContract, ExistenceFollowsLinks) {
     EXPECT_TRUE(files.fileExists(here + "/folder"));
     EXPECT_TRUE(files.fileExists(here + "/to folder/file"));
     EXPECT_TRUE(files.folderExists(here + "/to folder/"));
+    EXPECT_TRUE(files.fileExists(here + "/folder/file/"));
     EXPECT_FALSE(files.folderExists(here + "/folder/file"));
     EXPECT_FALSE(files.fileExists(here + "/dangling"));
     EXPECT_FALSE(files.fileExists(here + "/missing/file"));
     EXPECT_FALSE(files.fileExists(here + "/folder/file/inside"));
+}
+
+TEST_P(FileManagerContract, TakesNothingForAPathThatIsNone) {
+    world->addFile(here + "/file", "text");
+    const std::string cut = here + "/file" + '\0' + "more";
+    for (const std::string& path : {std::string{}, std::string{"relative"}, std::string{"."}, cut}) {
+        EXPECT_FALSE(files.fileExists(path)) << path;
+        EXPECT_FALSE(files.folderExists(path)) << path;
+        EXPECT_FALSE(files.createFolder(path)) << path;
+        EXPECT_FALSE(files.contentsOfFolder(path)) << path;
+        EXPECT_FALSE(files.moveItem(path, there + "/moved")) << path;
+        EXPECT_FALSE(files.moveItem(here + "/file", path)) << path;
+        EXPECT_FALSE(files.removeItem(path)) << path;
+    }
+    EXPECT_FALSE(files.createFolder(here + "/new" + '\0' + "more"));
+    EXPECT_FALSE(files.moveItem(here + "/file", there + "/new" + '\0' + "more"));
+    EXPECT_EQ(namesIn(here), (Names{"configuration", "file"}));
+    EXPECT_EQ(namesIn(there), Names{});
 }
 
 TEST_P(FileManagerContract, CreatesFoldersWithParentsAndOverNothing) {
