@@ -69,7 +69,8 @@ Status MoveAcross::checkRoom(const CopiedItems& items) const {
         return systemFailure("the room in %@ can't be told", staging_.folderPath);
     // Two parts of one file system may share the blocks.
     if (calls_.fstatvfs(source_.folder, &source) == 0 && source.f_fsid == target.f_fsid) return Status::ok();
-    if (items.bytes() / target.f_frsize > target.f_bavail)
+    const bool tellsSize = target.f_frsize != 0 && target.f_blocks != 0; // some file systems tell none
+    if (tellsSize && items.bytes() / target.f_frsize > target.f_bavail)
         return Status::failure(filled(
             "it holds %@ bytes, and the file system of %@ has room for %@ only",
             {std::to_string(items.bytes()), staging_.folderPath, std::to_string(target.f_bavail * target.f_frsize)}));

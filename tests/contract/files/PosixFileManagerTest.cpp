@@ -228,15 +228,21 @@ TEST_F(PosixFileManagerTest, RefusesEarlyWhatTheTargetHasNoRoomFor) {
             info->f_fsid = static_cast<unsigned long>(file);
             (noFiles ? info->f_favail : info->f_bavail) = 10;
             info->f_files = 1000;
+            if (untold) info->*untold = info->f_bavail = 0;
             return result;
         }
         int mkdirat(int, const char*, mode_t) override { return ADD_FAILURE() << "began to copy", -1; }
         bool noFiles = false;
+        unsigned long statvfs::*untold = nullptr;
     } full;
     PosixFileManager manager{{log, full, progress}, memory, {}};
     EXPECT_THAT(manager.moveItem(item, disk + "/item").sentence(), HasSubstr("bytes"));
     full.noFiles = true;
     EXPECT_THAT(manager.moveItem(item, disk + "/item").sentence(), HasSubstr("files"));
+    for (const auto size : {&statvfs::f_frsize, &statvfs::f_blocks}) {
+        full.untold = size; // then only copying can tell
+        EXPECT_THAT(manager.moveItem(item, disk + "/item").sentence(), HasSubstr("files"));
+    }
 }
 
 TEST_F(PosixFileManagerTest, GoesDeeperThanDescriptorsAndPathsReach) {
