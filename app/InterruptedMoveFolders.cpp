@@ -29,13 +29,19 @@ std::vector<std::string> interruptedMoveFolders(const SettingsStore& defaults, c
     const std::string home = files.homeFolder();
     std::vector<std::string> folders;
     for (const std::string& app : defaults.list(keys::apps)) {
-        for (const std::string& item : defaults.list(app))
-            folders.push_back(parentFolder(item));
+        for (const std::string& item : defaults.list(app)) {
+            if (item.starts_with('/')) folders.push_back(parentFolder(item));
+        }
     }
-    for (const std::string& account : defaults.list(keys::accounts))
+    const std::string backups = joined(supportFolder(home), "OldData");
+    folders.push_back(supportFolder(home));
+    for (const std::string& account : defaults.list(keys::accounts)) {
         folders.push_back(accountFolder(home, account));
+        folders.push_back(parentFolder(folders.back()));
+        addFolders(joined(backups, account), 1, files, folders); // a name with slashes lies deeper than the others
+    }
     constexpr int namesAndStamps = 2;
-    addFolders(joined(supportFolder(home), "OldData"), namesAndStamps, files, folders);
+    addFolders(backups, namesAndStamps, files, folders);
     return folders;
 }
 
