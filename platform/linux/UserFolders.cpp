@@ -3,6 +3,7 @@
 #include "storage/SupportFolder.h"
 
 #include <cstdlib>
+#include <optional>
 #include <pwd.h>
 #include <unistd.h>
 #include <utility>
@@ -31,11 +32,11 @@ Result<UserFolders> UserFolders::fromEnvironment() {
                                "and the password file names none for this user.");
     }
     std::string configuration = absolutePath(std::getenv("XDG_CONFIG_HOME")).value_or(joined(*home, ".config"));
-    return UserFolders{std::move(*home), std::move(configuration), absolutePath(std::getenv("XDG_RUNTIME_DIR"))};
+    return UserFolders{std::move(*home), std::move(configuration)};
 }
 
-UserFolders::UserFolders(std::string home, std::string configuration, std::optional<std::string> runtime)
-    : home_{std::move(home)}, configuration_{std::move(configuration)}, runtime_{std::move(runtime)} {}
+UserFolders::UserFolders(std::string home, std::string configuration)
+    : home_{std::move(home)}, configuration_{std::move(configuration)} {}
 
 std::string UserFolders::settingsFile() const { return joined(configuration_, "letterloft/settings.plist"); }
 

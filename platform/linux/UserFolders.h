@@ -2,7 +2,6 @@
 
 #include "platform/Status.h"
 
-#include <optional>
 #include <string>
 
 namespace letterloft {
@@ -20,9 +19,6 @@ public:
     // XDG_CONFIG_HOME where it is absolute, else ".config" in the home folder.
     const std::string& configuration() const { return configuration_; }
 
-    // XDG_RUNTIME_DIR where it is absolute.
-    const std::optional<std::string>& runtime() const { return runtime_; }
-
     // The property list that holds the settings.
     std::string settingsFile() const;
 
@@ -31,11 +27,10 @@ public:
     std::string lockFile() const;
 
 private:
-    UserFolders(std::string home, std::string configuration, std::optional<std::string> runtime);
+    UserFolders(std::string home, std::string configuration);
 
     std::string home_;
     std::string configuration_;
-    std::optional<std::string> runtime_;
 };
 
 } // namespace letterloft
