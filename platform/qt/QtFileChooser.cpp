@@ -11,13 +11,17 @@
 #include <QVBoxLayout>
 
 #include <filesystem>
+#include <sys/stat.h>
 
 namespace letterloft {
 
 namespace {
 
-// Bytes that are no UTF-8 reach us as U+FFFD, so a name that holds one can't be told from another.
-bool canBeStored(const QString& path) { return !path.contains(QChar::ReplacementCharacter); }
+// Bytes that are no UTF-8 reach us as U+FFFD, a character that a name can also hold by itself.
+bool canBeStored(const QString& path) {
+    struct stat entry {};
+    return !path.contains(QChar::ReplacementCharacter) || ::lstat(fromQt(path).c_str(), &entry) == 0;
+}
 
 // Whether Qt leaves an entry out of its listing because its name is no UTF-8 (Qt 6.4).
 bool leavesOutEntries(const QString& folder) {
@@ -43,6 +47,8 @@ QtFileChooser::QtFileChooser(const Wanted& wanted)
       location_{new QLineEdit},
       up_{new QPushButton{tr("&Up")}},
       entries_{new QTreeView},
+      notListed_{plainLabel(tr("Some entries of this folder are not listed: their names are not valid UTF-8 text, so "
+                               "they can't be managed."))},
       problem_{plainLabel({})},
       confirm_{new QPushButton{plainTitle(wanted.prompt)}} {
     model_.setFilter(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
@@ -76,6 +82,7 @@ void QtFileChooser::layOut(const Wanted& wanted) {
     entries_->header()->setStretchLastSection(false);
     entries_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     entries_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    notListed_->hide();
     problem_->hide();
     auto* const buttons = new QDialogButtonBox;
     buttons->addButton(confirm_, QDialogButtonBox::AcceptRole);
@@ -86,6 +93,7 @@ void QtFileChooser::layOut(const Wanted& wanted) {
     column->addWidget(plainLabel(wanted.message));
     column->addLayout(locationRow);
     column->addWidget(entries_, 1);
+    column->addWidget(notListed_);
     column->addWidget(problem_);
     column->addWidget(buttons);
     confirm_->setDefault(true); // after it has come into the dialog, or another button would be the default one
@@ -102,15 +110,13 @@ void QtFileChooser::wire() {
 
 void QtFileChooser::showFolder(const QString& folder) {
     const QModelIndex index = model_.index(folder);
-    if (!index.isValid()) return;
+    if (!index.isValid()) return tellNoFolder(folder);
     entries_->setRootIndex(index);
     entries_->selectionModel()->clear();
     problem_->hide();
     location_->setText(folder);
     updateConfirm();
-    if (leavesOutEntries(folder))
-        tell(tr("Some entries of this folder are not listed: their names are not valid UTF-8 text, so they can't be "
-                "managed."));
+    notListed_->setVisible(leavesOutEntries(folder));
 }
 
 void QtFileChooser::tell(const QString& problem) {
@@ -121,7 +127,13 @@ void QtFileChooser::tell(const QString& problem) {
 void QtFileChooser::goToTypedFolder() {
     const QFileInfo typed{QDir::cleanPath(location_->text())};
     if (typed.isAbsolute() && typed.isDir()) return showFolder(typed.filePath());
-    tell(tr("There is no folder %1.").arg(location_->text()));
+    tellNoFolder(location_->text());
+}
+
+// The Return that ends the typing also presses the confirm button, so nothing may stay selected.
+void QtFileChooser::tellNoFolder(const QString& folder) {
+    entries_->selectionModel()->clearSelection();
+    tell(tr("There is no folder %1.").arg(folder));
 }
 
 void QtFileChooser::activate(const QModelIndex& entry) {

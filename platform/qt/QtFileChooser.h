@@ -41,6 +41,7 @@ private:
     void goToTypedFolder();
     void activate(const QModelIndex& entry);
     void updateConfirm();
+    void tellNoFolder(const QString& folder);
     void tell(const QString& problem);
     QString selectedPath() const;
 
@@ -50,6 +51,7 @@ private:
     QLineEdit* location_;
     QPushButton* up_;
     QTreeView* entries_;
+    QLabel* notListed_;
     QLabel* problem_;
     QPushButton* confirm_;
     QString chosen_;
