@@ -6,7 +6,6 @@
 #include <QScrollBar>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace letterloft {
 
@@ -40,10 +39,9 @@ void QtTableView::setDataSource(TableViewDataSource* source) {
 void QtTableView::reloadData() {
     dropEdit();
     const auto selected = selectedRow();
-    const int rowsBefore = model_->rowCount();
     const int scrolled = widget_.verticalScrollBar()->value();
     model_->announceRows();
-    if (selected) select(placeAfterReload(static_cast<int>(*selected), rowsBefore));
+    if (selected) select(placeAfterReload(static_cast<int>(*selected)));
     widget_.verticalScrollBar()->setValue(scrolled);
 }
 
@@ -55,16 +53,12 @@ std::optional<std::size_t> QtTableView::selectedRow() const {
 
 QString QtTableView::textOfRow(int row) const { return model_->index(row, 0).data(Qt::DisplayRole).toString(); }
 
-// A row moves no further than the number of rows that came or went. Looking no further keeps a reload cheap, and a row
-// of the same text elsewhere is not taken for the one that was selected.
-int QtTableView::placeAfterReload(int oldRow, int oldCount) const {
-    const int moved = model_->rowCount() - oldCount;
-    const int step = moved < 0 ? -1 : 1;
-    for (int distance = 0; distance <= std::abs(moved); ++distance) {
-        const int row = oldRow + step * distance;
-        if (row < 0) break;
-        if (row < model_->rowCount() && textOfRow(row) == selectedText_) return row;
-    }
+// The nearest row of that text: one elsewhere with the same text is not taken for the one that was selected.
+int QtTableView::placeAfterReload(int oldRow) const {
+    const int rows = model_->rowCount();
+    for (int distance = 0; distance <= std::max(oldRow, rows); ++distance)
+        for (const int row : {oldRow - distance, oldRow + distance})
+            if (row >= 0 && row < rows && textOfRow(row) == selectedText_) return row;
     return -1;
 }
 

@@ -28,7 +28,7 @@ public:
 
 private:
     QString textOfRow(int row) const;
-    int placeAfterReload(int oldRow, int oldCount) const;
+    int placeAfterReload(int oldRow) const;
     void select(int row);
     void rememberSelection();
 

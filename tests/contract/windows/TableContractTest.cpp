@@ -108,6 +108,12 @@ TYPED_TEST(Tables, SelectionFollowsItsRowOverAReload) {
     this->source.list.erase(this->source.list.begin());
     this->table.view().reloadData();
     EXPECT_EQ(this->table.view().selectedRow(), 0U);
+    this->source.list = {"Club", "Lodge", "Work"};
+    this->table.view().reloadData();
+    EXPECT_EQ(this->table.view().selectedRow(), 2U) << "as many came as went";
+    std::swap(this->source.list[0], this->source.list[2]);
+    this->table.view().reloadData();
+    EXPECT_EQ(this->table.view().selectedRow(), 0U);
     this->source.list.erase(this->source.list.begin());
     this->table.view().reloadData();
     EXPECT_EQ(this->table.view().selectedRow(), std::nullopt) << "another row took the place of the one that is gone";
