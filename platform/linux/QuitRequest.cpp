@@ -88,8 +88,11 @@ bool QuitRequest::askNextWindow(const Windows& windows) {
     });
     if (next == windows.rend()) return false;
     known_.clear();
-    for (const XWindows::Window& window : windows)
+    dialogs_.clear();
+    for (const XWindows::Window& window : windows) {
         known_.insert(window.id);
+        if (window.isDialog || window.transientFor != 0) dialogs_.insert(window.id);
+    }
     questionStood_ = false;
     lastAsked_ = next->id;
     asked_.insert(next->id);
@@ -129,10 +132,21 @@ void QuitRequest::followWindows(const Windows& windows) {
         return;
     }
     if (askedIsThere) {
-        if (questionStood_) refused_ = true;
+        if (questionStood_) {
+            refused_ = true;
+        } else if (anyDialogHasGone(windows)) {
+            asked_.erase(lastAsked_);
+            askNextWindow(windows);
+        }
         return;
     }
     if (!refused_) askNextWindow(windows);
+}
+
+// A window behind a dialog that stood before it was asked drops the request, in GTK at least: it is asked again once
+// the dialog has gone.
+bool QuitRequest::anyDialogHasGone(const Windows& windows) const {
+    return std::any_of(dialogs_.begin(), dialogs_.end(), [&](const auto dialog) { return !holds(windows, dialog); });
 }
 
 // Some programs keep windows that nobody can close and that ask nothing, such as an icon of their own.
