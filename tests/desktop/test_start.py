@@ -47,7 +47,8 @@ class Start(DesktopTest):
     def test_a_start_without_display_says_so(self):
         program = Program(self.desktop, DISPLAY=None)
         self.assertGreater(program.exit_status(), 0, program.log())
-        self.assertIn("display", program.log())
+        self.assertIn("There is no display that Letterloft can use: ", program.log())
+        self.assertIn("could not connect to display", program.log())
         self.assertFalse(os.path.exists(self.desktop.support))
 
     def test_without_session_bus_the_menu_is_in_a_window(self):
