@@ -21,6 +21,7 @@
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtDescriptorWatcher.h"
 #include "platform/qt/QtHelpWindow.h"
+#include "platform/qt/QtImage.h"
 #include "platform/qt/QtImageResources.h"
 #include "platform/qt/QtInterfaceFile.h"
 #include "platform/qt/QtMainInterface.h"
@@ -34,6 +35,7 @@
 
 #include <QApplication>
 
+#include <csignal>
 #include <cstdlib>
 #include <optional>
 #include <poll.h>
@@ -85,8 +87,9 @@ std::optional<InstanceLock> takeLock(const Places& places, FileSystemCalls& call
 // Where the file system takes no sockets.
 int askOverBus(int argc, char** argv, Log& log) {
     const QCoreApplication application{argc, argv};
-    if (!QtActivationBus::askRunningProgram()) log.write("Letterloft runs already, and can't be asked to show itself.");
-    return EXIT_SUCCESS;
+    if (QtActivationBus::askRunningProgram()) return EXIT_SUCCESS;
+    log.write("Letterloft runs already, and can't be asked to show itself.");
+    return EXIT_FAILURE;
 }
 
 // What the program is made of, in the order in which it is made. Nothing here comes to its end in an orderly way: the
@@ -99,6 +102,7 @@ struct Program {
                                      {"showHelp:", [this](Sender*) { help.show(); }},
                                      {"terminate:", [this](Sender*) { application.terminate(); }}});
         menuLet.awakeFromNib();
+        QGuiApplication::setWindowIcon(QtImage::iconOf(images.imageNamed("letter_icon")));
         QMetaObject::invokeMethod(
             &application, [this] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
     }
@@ -160,7 +164,7 @@ int runProgram(int argc, char** argv, const Places& places, Log& log, FileSystem
     Program program{**settings, files, log};
     const auto showMenu = [&program] { program.smallMenu.showAsAsked(); };
     program.start();
-    const QtActivationBus activationBus{showMenu};
+    const QtActivationBus activationBus{[&program] { program.smallMenu.showAsActivated(); }};
     if (socket) socket->serve(program.watcher, showMenu);
     QApplication::exec();
     program.application.terminate();
@@ -170,6 +174,7 @@ int runProgram(int argc, char** argv, const Places& places, Log& log, FileSystem
 } // namespace
 
 int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN); // whoever reads what the log writes may go at any time
     SyslogLog log;
     FileSystemCalls calls;
     const Result<UserFolders> folders = UserFolders::fromEnvironment();

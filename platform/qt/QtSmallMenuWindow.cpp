@@ -54,6 +54,10 @@ void QtSmallMenuWindow::showAsAsked() {
              : QStringLiteral("Letterloft is running. No panel shows its icon, so its menu is in this window."));
 }
 
+void QtSmallMenuWindow::showAsActivated() {
+    if (!host_.isUndecided()) showAsAsked();
+}
+
 void QtSmallMenuWindow::hostChanged() {
     if (!host_.isThere()) return patience_.start();
     patience_.stop();

@@ -24,6 +24,10 @@ public:
     // Shows it on top, with a sentence saying why.
     void showAsAsked();
 
+    // The same for a call over the bus, which may be the one that started the program: as long as it is not known
+    // whether a status bar is there, nothing is shown.
+    void showAsActivated();
+
 private:
     void hostChanged();
     void show(const QString& why);

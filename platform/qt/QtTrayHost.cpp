@@ -29,9 +29,11 @@ QtTrayHost::QtTrayHost() : bus_{qtSessionBus()} {
     grace_.setSingleShot(true);
     grace_.setInterval(busGrace);
     connect(&grace_, &QTimer::timeout, this, [this] { watchX11(); });
-    if (bus_.isConnected()) watchBus();
-    if (QGuiApplication::platformName() != QLatin1String{"xcb"}) return;
-    if (!bus_.isConnected()) grace_.setInterval(0);
+    if (bus_.isConnected()) {
+        watchBus();
+    } else {
+        grace_.setInterval(0);
+    }
     grace_.start();
 }
 
@@ -71,7 +73,7 @@ void QtTrayHost::setBusHost(bool there) {
 }
 
 void QtTrayHost::watchX11() {
-    if (protocol_ != Protocol::undecided) return;
+    if (protocol_ != Protocol::undecided || QGuiApplication::platformName() != QLatin1String{"xcb"}) return;
     if (!x11Tray_) {
         x11Tray_ = std::make_unique<QtX11Tray>([this] { x11TrayChanged(); });
     }

@@ -23,6 +23,9 @@ public:
     // Undecided until the first status bar was there; never changes after that.
     Protocol protocol() const { return protocol_; }
 
+    // Whether it is not yet known if a status bar is there: none so far, and it has not been waited for long enough.
+    bool isUndecided() const { return protocol_ == Protocol::undecided && grace_.isActive(); }
+
     // Whether a status bar of that protocol is there now.
     bool isThere() const;
 
