@@ -116,7 +116,10 @@ void LLMenuLet::manageAccounts(Sender*) {
         return;
     }
     accountController = services.makeAccountController();
-    if (!accountController) return;
+    if (!accountController) {
+        services.log.write("The account manager could not be made.");
+        return;
+    }
     services.notifications.addObserver("accountsDidChange", accountController.get(),
                                        [this] { populateMenuWithAccounts(); });
     services.application.activateIgnoringOtherApps();

@@ -23,7 +23,8 @@ public:
 
     virtual void setToolTip(const std::string& text) = 0;
 
-    // The menu opens on a click; it outlives the item.
+    // The menu opens on a click; it outlives the item. A status item with a menu sends no action of its own, and so
+    // needs no target.
     virtual void setMenu(Menu& menu) = 0;
 
     virtual void setImage(std::shared_ptr<const Image> image) = 0;

@@ -6,7 +6,7 @@
 
 namespace letterloft {
 
-// The images compiled into the program, each in the sizes that panels and menus use.
+// The images compiled into the program, each in five sizes from 16 to 48 pixels.
 class QtImageResources final : public ImageResources {
 public:
     QtImageResources();
