@@ -19,11 +19,10 @@ void LLAccountController::insertAccount(Sender*) {
     tableView->reloadData();
 }
 
-std::size_t LLAccountController::numberOfRowsInTableView(TableView&) { return defaults->list(keys::accounts).size(); }
+std::size_t LLAccountController::numberOfRowsInTableView(TableView&) { return defaults->countOfList(keys::accounts); }
 
 CellValue LLAccountController::tableView_objectValueForTableColumn_row(TableView&, TableColumn*, std::size_t row) {
-    const std::vector<std::string> accounts = defaults->list(keys::accounts);
-    return row < accounts.size() ? accounts[row] : std::string{};
+    return defaults->textInList(keys::accounts, row).value_or(std::string{});
 }
 
 void LLAccountController::tableView_setObjectValue_forTableColumn_row(TableView&, const CellValue& value, TableColumn*,

@@ -19,12 +19,11 @@ std::string keyOfChildren(const OutlineItem& item) { return item ? *item : keys:
 } // namespace
 
 std::size_t LLAccountController::outlineView_numberOfChildrenOfItem(OutlineView&, const OutlineItem& item) {
-    return defaults->list(keyOfChildren(item)).size();
+    return defaults->countOfList(keyOfChildren(item));
 }
 
 OutlineItem LLAccountController::outlineView_child_ofItem(OutlineView&, std::size_t index, const OutlineItem& item) {
-    const std::vector<std::string> children = defaults->list(keyOfChildren(item));
-    return index < children.size() ? OutlineItem{children[index]} : std::nullopt;
+    return defaults->textInList(keyOfChildren(item), index);
 }
 
 bool LLAccountController::outlineView_isItemExpandable(OutlineView& outline, const OutlineItem& item) {

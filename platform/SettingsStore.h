@@ -2,6 +2,7 @@
 
 #include "platform/Status.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,6 +23,11 @@ public:
 
     // The texts of the list under `key`, in order, without its values of other types; empty when there is no list.
     virtual std::vector<std::string> list(const std::string& key) const = 0;
+
+    // How many texts `list` has, and the one at `index`, counted from 0; absent behind the last. Both in a time that
+    // does not depend on the length of the list.
+    virtual std::size_t countOfList(const std::string& key) const = 0;
+    virtual std::optional<std::string> textInList(const std::string& key, std::size_t index) const = 0;
 
     // Each replaces whatever stood under `key`, of whatever type.
     virtual void setText(const std::string& key, const std::string& text) = 0;

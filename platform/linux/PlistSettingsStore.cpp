@@ -44,20 +44,42 @@ std::optional<std::string> PlistSettingsStore::text(const std::string& key) cons
 }
 
 std::vector<std::string> PlistSettingsStore::list(const std::string& key) const {
-    std::vector<std::string> texts;
+    const Texts* const texts = textsUnder(key);
+    return texts ? *texts : Texts{};
+}
+
+std::size_t PlistSettingsStore::countOfList(const std::string& key) const {
+    const Texts* const texts = textsUnder(key);
+    return texts ? texts->size() : 0;
+}
+
+std::optional<std::string> PlistSettingsStore::textInList(const std::string& key, std::size_t index) const {
+    const Texts* const texts = textsUnder(key);
+    return texts && index < texts->size() ? std::optional{(*texts)[index]} : std::nullopt;
+}
+
+// A node of the property list finds its entries one after the other only.
+const PlistSettingsStore::Texts* PlistSettingsStore::textsUnder(const std::string& key) const {
+    if (const auto read = texts_.find(key); read != texts_.end()) return &read->second;
     plist_t list = valueAt(values_, key);
-    if (!PLIST_IS_ARRAY(list)) return texts;
+    if (!PLIST_IS_ARRAY(list)) return nullptr;
+    Texts& texts = texts_[key];
     PropertyListEntries entries{list};
     for (auto entry = entries.next(); entry.value; entry = entries.next()) {
         if (auto text = textOf(entry.value)) texts.push_back(std::move(*text));
     }
-    return texts;
+    return &texts;
+}
+
+void PlistSettingsStore::noteChange(const std::string& key) {
+    texts_.erase(key);
+    changed_ = true;
 }
 
 void PlistSettingsStore::setText(const std::string& key, const std::string& value) {
     if (!canStore(key, {value}) || text(key) == value) return;
     plist_dict_set_item(values_.get(), key.c_str(), plist_new_string(value.c_str()));
-    changed_ = true;
+    noteChange(key);
 }
 
 void PlistSettingsStore::setList(const std::string& key, const std::vector<std::string>& texts) {
@@ -68,13 +90,13 @@ void PlistSettingsStore::setList(const std::string& key, const std::vector<std::
     for (const std::string& text : texts)
         plist_array_append_item(array, plist_new_string(text.c_str()));
     plist_dict_set_item(values_.get(), key.c_str(), array);
-    changed_ = true;
+    noteChange(key);
 }
 
 void PlistSettingsStore::removeValue(const std::string& key) {
     if (!hasValue(key)) return;
     plist_dict_remove_item(values_.get(), key.c_str());
-    changed_ = true;
+    noteChange(key);
 }
 
 // The moves first: no setting on the disk may be newer than the moves it speaks of.

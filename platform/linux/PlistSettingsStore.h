@@ -7,6 +7,9 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
 namespace letterloft {
 
@@ -26,6 +29,8 @@ public:
     bool hasValue(const std::string& key) const override;
     std::optional<std::string> text(const std::string& key) const override;
     std::vector<std::string> list(const std::string& key) const override;
+    std::size_t countOfList(const std::string& key) const override;
+    std::optional<std::string> textInList(const std::string& key, std::size_t index) const override;
     void setText(const std::string& key, const std::string& text) override;
     void setList(const std::string& key, const std::vector<std::string>& texts) override;
     void removeValue(const std::string& key) override;
@@ -36,10 +41,16 @@ public:
 private:
     PlistSettingsStore(PropertyList values, SettingsFile file, Log& log, MakeMovesDurable makeMovesDurable);
 
+    using Texts = std::vector<std::string>;
+
+    // Null when there is no list.
+    const Texts* textsUnder(const std::string& key) const;
+    void noteChange(const std::string& key);
     bool canStore(const std::string& key, const std::vector<std::string>& texts) const;
     Status save();
 
     PropertyList values_;
+    mutable std::unordered_map<std::string, Texts> texts_; // of the lists read since they were written
     SettingsFile file_;
     Log& log_;
     MakeMovesDurable makeMovesDurable_;

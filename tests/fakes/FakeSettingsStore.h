@@ -37,6 +37,13 @@ public:
         return texts;
     }
 
+    std::size_t countOfList(const std::string& key) const override { return list(key).size(); }
+
+    std::optional<std::string> textInList(const std::string& key, std::size_t index) const override {
+        const std::vector<std::string> texts = list(key);
+        return index < texts.size() ? std::optional{texts[index]} : std::nullopt;
+    }
+
     void setText(const std::string& key, const std::string& text) override { values[key] = text; }
 
     void setList(const std::string& key, const std::vector<std::string>& texts) override {

@@ -85,6 +85,11 @@ TYPED_TEST(SettingsContract, AnswersWhatIsThereWhateverItsType) {
     EXPECT_THAT(store.list("mixed"), ElementsAre("a", "b"));
     for (const char* key : {"text", "none", "number", "absent"})
         EXPECT_THAT(store.list(key), IsEmpty()) << key;
+    EXPECT_EQ(store.countOfList("mixed"), 2U);
+    EXPECT_EQ(store.textInList("mixed", 1), "b");
+    EXPECT_EQ(store.textInList("mixed", 2), std::nullopt);
+    EXPECT_EQ(store.countOfList("number"), 0U);
+    EXPECT_EQ(store.textInList("absent", 0), std::nullopt);
 }
 
 TYPED_TEST(SettingsContract, AWriteReplacesAValueOfAnyType) {
@@ -108,6 +113,21 @@ TYPED_TEST(SettingsContract, AWriteReplacesAValueOfAnyType) {
     ASSERT_TRUE(store.synchronize());
     this->restart();
     check(this->store());
+}
+
+TYPED_TEST(SettingsContract, ReadsOfAListFollowEveryWrite) {
+    SettingsStore& store = this->store();
+    const auto read = [&] { return std::pair{store.countOfList("list"), store.textInList("list", 0)}; };
+    using Read = std::pair<std::size_t, std::optional<std::string>>;
+    EXPECT_EQ(read(), (Read{2, "a"}));
+    store.setList("list", {"c"});
+    EXPECT_EQ(read(), (Read{1, "c"}));
+    store.setText("list", "c");
+    EXPECT_EQ(read(), (Read{0, std::nullopt}));
+    store.setList("list", {"d"});
+    EXPECT_EQ(read(), (Read{1, "d"}));
+    store.removeValue("list");
+    EXPECT_EQ(read(), (Read{0, std::nullopt}));
 }
 
 TYPED_TEST(SettingsContract, WhatWasNotSynchronizedIsGoneAfterARestart) {
