@@ -1,6 +1,7 @@
 #include "platform/qt/QtApplicationChooser.h"
 
 #include "platform/qt/QtFileChooser.h"
+#include "platform/qt/QtKeySelection.h"
 #include "platform/qt/QtText.h"
 
 #include <QCollator>
@@ -74,6 +75,7 @@ void QtApplicationChooser::layOut() {
     search_->setClearButtonEnabled(true);
     list_->setAccessibleName(tr("Installed applications"));
     list_->setItemDelegate(new AlignedIcons{list_});
+    new QtKeySelection{*list_}; // owned by the list
     list_->setIconSize({24, 24});
     list_->setUniformItemSizes(true);
     auto* const buttons = new QDialogButtonBox;
@@ -121,7 +123,7 @@ void QtApplicationChooser::keyPressEvent(QKeyEvent* event) {
     const bool moves = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
     if (!moves || !search_->hasFocus()) return QDialog::keyPressEvent(event);
     list_->setFocus();
-    for (int row = 0; !list_->currentItem() && row < list_->count(); ++row)
+    for (int row = 0; list_->selectedItems().isEmpty() && row < list_->count(); ++row)
         if (!list_->item(row)->isHidden()) list_->setCurrentRow(row);
 }
 

@@ -23,6 +23,7 @@ QWidget* QtCellDelegate::createEditor(QWidget* parent, const QStyleOptionViewIte
                                       const QModelIndex& index) const {
     handedOver_ = false;
     editor_ = QStyledItemDelegate::createEditor(parent, option, index);
+    if (editor_) editor_->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
     return editor_;
 }
 

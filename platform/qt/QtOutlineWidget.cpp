@@ -78,6 +78,7 @@ void QtOutlineWidget::stepOut(const QModelIndex& row) {
 }
 
 void QtOutlineWidget::tickRow(const QModelIndex& row) {
+    if (!selectionModel()->isRowSelected(row.row(), row.parent())) return;
     for (int column = 0; column < model()->columnCount(); ++column) {
         const QModelIndex cell = row.siblingAtColumn(column);
         if (!(cell.flags() & Qt::ItemIsUserCheckable)) continue;

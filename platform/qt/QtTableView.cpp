@@ -1,5 +1,6 @@
 #include "platform/qt/QtTableView.h"
 
+#include "platform/qt/QtKeySelection.h"
 #include "platform/qt/QtText.h"
 
 #include <QHeaderView>
@@ -19,6 +20,7 @@ QtTableView::QtTableView(QTableView& widget) : widget_{widget}, delegate_{new Qt
     }
     model_ = std::make_unique<QtTableModel>(*this, columns, widget.property("columnTitles").toStringList());
     widget_.setModel(model_.get());
+    new QtKeySelection{widget_}; // owned by the widget
     widget_.verticalHeader()->setDefaultSectionSize(QtCellDelegate::rowHeight(widget));
     QObject::connect(widget_.selectionModel(), &QItemSelectionModel::selectionChanged, model_.get(),
                      [this] { rememberSelection(); });

@@ -207,6 +207,10 @@ TEST_F(QtChoosers, SearchTheInstalledApplications) {
     ASSERT_EQ(list.count(), 2);
     EXPECT_EQ(list.item(0)->text(), QLatin1String{"<b>alpha</b>"});
     auto& search = *chooser.manager.sheet()->findChild<QLineEdit*>();
+    chooser.manager.sheet()->activateWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return search.hasFocus(); }));
+    QTest::keyClick(&search, Qt::Key_Down);
+    EXPECT_TRUE(list.item(0)->isSelected());
     QTest::keyClicks(&search, QStringLiteral("mail"));
     EXPECT_TRUE(list.item(0)->isHidden());
     QTest::keyClick(&search, Qt::Key_Return);

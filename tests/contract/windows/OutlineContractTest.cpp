@@ -200,6 +200,18 @@ TEST_F(QtOutlines, AClickOnTheBoxTicksAndOutlivesTheReload) {
     EXPECT_TRUE(tree.ticks["/mail"]);
 }
 
+TEST_F(QtOutlines, SpaceTicksASelectedRowOnly) {
+    outline.widget().clearFocus();
+    outline.view().reloadData();
+    outline.widget().setFocus();
+    QTest::keyClick(&outline.widget(), Qt::Key_Space);
+    EXPECT_FALSE(tree.ticks["/mail"]);
+    QTest::keyClick(&outline.widget(), Qt::Key_Down);
+    EXPECT_EQ(outline.view().selectedRow(), 0U);
+    QTest::keyClick(&outline.widget(), Qt::Key_Space);
+    EXPECT_TRUE(tree.ticks["/mail"]);
+}
+
 TEST_F(QtOutlines, NoKeyOpensRowsForEver) {
     tree.children = {{"", {"/self"}}, {"/self", {"/self"}}};
     outline.view().reloadData();

@@ -138,8 +138,21 @@ TYPED_TEST(Tables, AnEditIsDroppedByEscapeAndByAReload) {
 
 class QtTables : public Tables<QtTable> {};
 
+TEST_F(QtTables, AKeySelectsTheFirstRowWhenNoneIsSelected) {
+    for (const auto key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_Home}) {
+        table.widget().clearFocus();
+        table.view().reloadData();
+        table.widget().setFocus();
+        ASSERT_EQ(table.view().selectedRow(), std::nullopt);
+        QTest::keyClick(&table.widget(), key);
+        EXPECT_EQ(table.view().selectedRow(), 0U) << key;
+        table.widget().clearSelection();
+    }
+}
+
 TEST_F(QtTables, AnEditIsHandedOverByTabAndByLeavingTheCell) {
     table.beginEditing(0);
+    EXPECT_FALSE(table.editor()->accessibleName().isEmpty());
     QTest::keyClick(table.editor(), Qt::Key_Tab);
     EXPECT_EQ(table.editor(), nullptr) << "no further cell opens";
     table.beginEditing(1);
