@@ -49,7 +49,8 @@ void QtAlerts::beginCriticalAlertSheet(const CriticalAlert& alert, Window& windo
     const QMessageBox* const shown = box.get();
     dynamic_cast<QtWindow&>(window).beginSheet(std::move(box), [=, completion = std::move(completion)] {
         if (!completion) return;
-        const QAbstractButton* const pressed = shown->clickedButton();
+        const QAbstractButton* pressed = shown->clickedButton();
+        if (!pressed) pressed = shown->escapeButton(); // closed: Qt 6.4 names the button only after this
         if (pressed == standard)
             completion(defaultReturn);
         else

@@ -146,10 +146,12 @@ TEST_F(QtAlertSheets, BlockTheirWindowOnly) {
     EXPECT_EQ(screen.box()->parentWidget(), &screen.manager.window().widget());
 }
 
-TEST_F(QtAlertSheets, TakeTheirOwnCloseForTheOtherButton) {
+TEST_F(QtAlertSheets, TakeTheirOwnCloseForTheOtherOrTheOnlyButton) {
     ask();
     screen.box()->close();
-    EXPECT_THAT(answers, ElementsAre(-1));
+    ask(std::nullopt);
+    screen.box()->close();
+    EXPECT_THAT(answers, ElementsAre(-1, 1));
 }
 
 TEST_F(QtAlertSheets, HaveNoAnswerAtTheEndOfTheProgram) {
