@@ -10,8 +10,8 @@ public:
     // Shows the window, gives it the keyboard and puts it before the program's other windows.
     virtual void makeKeyAndOrderFront() = 0;
 
-    // Hides the window, after telling the notification centre if it was visible; it can be shown again. An edit that
-    // stands open in it is dropped. A sheet attached to it goes without an answer.
+    // Drops an edit that stands open in the window, takes the sheet attached to it away without an answer, tells the
+    // notification centre if the window is visible, and then hides it; it can be shown again.
     virtual void close() = 0;
 
     // Takes away the sheet attached to the window, if there is one, without an answer.

@@ -37,11 +37,11 @@ public:
     }
 
     void close() override {
-        if (isVisible) notifications_.post(NotificationCenter::windowWillClose, this);
-        isVisible = false;
-        endSheet();
         for (const auto& drop : dropsEdit)
             drop();
+        endSheet();
+        if (isVisible) notifications_.post(NotificationCenter::windowWillClose, this);
+        isVisible = false;
     }
 
     void endSheet() override { sheet.reset(); }

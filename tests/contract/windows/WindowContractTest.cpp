@@ -16,6 +16,7 @@ struct FakeManager {
         fake.attach(sheet);
     }
     void answerSheet() { fake.answer(0); }
+    bool hasSheet() { return fake.sheet != nullptr; }
     bool isVisible() { return fake.isVisible; }
 
     FakeNotificationCenter notifications;
@@ -27,6 +28,7 @@ struct QtManager : QtManagerWindow {
         window().beginSheet(std::make_unique<QDialog>(), [] {});
     }
     void answerSheet() { sheet()->accept(); }
+    bool hasSheet() { return sheet() != nullptr; }
     bool isVisible() { return window().widget().isVisible(); }
 };
 
@@ -44,9 +46,12 @@ TYPED_TEST_SUITE(Windows, Both);
 TYPED_TEST(Windows, TellEachClosingOnceAndBeforeTheyDisappear) {
     Window& window = this->manager.window();
     bool wasVisible = false;
-    this->manager.notifications.addObserver(NotificationCenter::windowWillClose, &window,
-                                            [&] { wasVisible = this->manager.isVisible(); });
+    this->manager.notifications.addObserver(NotificationCenter::windowWillClose, &window, [&] {
+        wasVisible = this->manager.isVisible();
+        EXPECT_FALSE(this->manager.hasSheet()) << "it went before";
+    });
     window.makeKeyAndOrderFront();
+    this->manager.attachSheet();
     window.close();
     EXPECT_TRUE(wasVisible);
     EXPECT_FALSE(this->manager.isVisible());
