@@ -8,8 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <poll.h>
 #include <string>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,6 +35,17 @@ void startSelf(const char* file, const char* option) {
 
 void heirComes(int) {}
 
+/// Returns in the process left behind, once the first one has ended.
+void goOnAsAnOrphan() {
+    const int first = static_cast<int>(syscall(SYS_pidfd_open, getpid(), 0));
+    if (fork() != 0) std::_Exit(0);
+    setsid();
+    pollfd end{first, POLLIN, 0};
+    while (poll(&end, 1, -1) != 1) {
+    }
+    close(first);
+}
+
 } // namespace
 
 int main(int count, char** arguments) {
@@ -44,8 +57,7 @@ int main(int count, char** arguments) {
         if (std::strcmp(arguments[i], "child") == 0) prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (std::strcmp(arguments[i], "is-heir") == 0) isHeir = true;
         if (std::strcmp(arguments[i], "heir") == 0) leavesHeir = true;
-        if (std::strcmp(arguments[i], "refork") == 0 && fork() != 0) return 0;
-        if (std::strcmp(arguments[i], "refork") == 0) setsid();
+        if (std::strcmp(arguments[i], "refork") == 0) goOnAsAnOrphan();
     }
     // Caught, so that it counts as handled, and blocked until it is waited for.
     std::signal(SIGTERM, heirComes);
