@@ -1,7 +1,6 @@
 #include "manager/LLAccountController.h"
 
 #include "manager/NewAccountName.h"
-#include "manager/TextList.h"
 #include "storage/SettingsKeys.h"
 
 namespace letterloft {
@@ -35,7 +34,7 @@ void LLAccountController::tableView_setObjectValue_forTableColumn_row(TableView&
     std::vector<std::string> accounts = defaults->list(keys::accounts);
     if (row >= accounts.size()) return;
     const std::string oldName = accounts[row];
-    if (contains(accounts, *newName)) { // the row's own name too
+    if (defaults->isInList(keys::accounts, *newName)) { // the row's own name too
         refuse(filled("ERROR! Account name %@ already exists!!", {*newName}),
                "You can not have 2 accounts with the same name.");
         return;

@@ -1,6 +1,5 @@
 #include "manager/LLAccountController.h"
 
-#include "manager/TextList.h"
 #include "storage/SettingsKeys.h"
 #include "storage/SupportFolder.h"
 
@@ -19,11 +18,11 @@ void LLAccountController::insertApp(Sender*) {
 }
 
 void LLAccountController::addApp(const std::string& path) {
-    std::vector<std::string> apps = defaults->list(keys::apps);
-    if (contains(apps, path)) {
+    if (defaults->isInList(keys::apps, path)) {
         noticeAlreadyManaged(filled("We're already managing %@!", {path}));
         return;
     }
+    std::vector<std::string> apps = defaults->list(keys::apps);
     apps.push_back(path);
     defaults->setList(keys::apps, apps);
     defaults->setList(path, {}); // counts as an application before it has any item
@@ -54,7 +53,7 @@ void LLAccountController::insertFile(Sender*) {
 void LLAccountController::addFile(const std::string& path, const std::string& app) {
     std::string owner;
     for (const std::string& managed : defaults->list(keys::apps)) {
-        if (contains(defaults->list(managed), path)) owner = managed; // the last one is named
+        if (defaults->isInList(managed, path)) owner = managed; // the last one is named
     }
     if (!owner.empty()) {
         noticeAlreadyManaged(filled("%@ is already managing %@!", {owner, path}));

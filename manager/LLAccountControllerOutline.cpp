@@ -1,6 +1,5 @@
 #include "manager/LLAccountController.h"
 
-#include "manager/TextList.h"
 #include "storage/SettingsKeys.h"
 
 #include <algorithm>
@@ -35,8 +34,8 @@ CellValue LLAccountController::outlineView_objectValueForTableColumn_byItem(Outl
     if (!item) return "ERROR - No item found!";
     const std::string identifier = column ? column->identifier() : std::string{};
     if (identifier == pathColumn) return *item;
-    if (identifier == autostartColumn && contains(defaults->list(keys::apps), *item))
-        return contains(defaults->list(keys::autostartApps), *item);
+    if (identifier == autostartColumn && defaults->isInList(keys::apps, *item))
+        return defaults->isInList(keys::autostartApps, *item);
     return {};
 }
 
@@ -59,10 +58,10 @@ std::optional<Cell> LLAccountController::outlineView_dataCellForTableColumn_item
     if (!column) return std::nullopt;
     if (column->identifier() == pathColumn) {
         // Rows are paths, so this is hardly ever an account's name.
-        return Cell{.editable = item && contains(defaults->list(keys::accounts), *item)};
+        return Cell{.editable = item && defaults->isInList(keys::accounts, *item)};
     }
     if (column->identifier() != autostartColumn) return std::nullopt;
-    if (!item || !contains(defaults->list(keys::apps), *item)) return Cell{};
+    if (!item || !defaults->isInList(keys::apps, *item)) return Cell{};
     return Cell{.kind = Cell::Kind::checkBox, .imagePosition = Cell::ImagePosition::imageOnly, .editable = true};
 }
 
@@ -79,9 +78,9 @@ bool LLAccountController::outlineView_shouldExpandItem(OutlineView& outline, con
 }
 
 bool LLAccountController::outlineView_shouldCollapseItem(OutlineView& outline, const OutlineItem& item) {
-    const std::vector<std::string> apps = defaults->list(keys::apps);
-    const bool isAnotherExpanded = std::any_of(
-        apps.begin(), apps.end(), [&](const std::string& app) { return app != item && outline.isItemExpanded(app); });
+    bool isAnotherExpanded = false;
+    for (const std::string& app : defaults->list(keys::apps)) // every one is asked about
+        if (app != item && outline.isItemExpanded(app)) isAnotherExpanded = true;
     TableColumn* column = myView->tableColumnWithIdentifier(pathColumn);
     if (!isAnotherExpanded && column) column->setWidth(collapsedWidthInPoints);
     return true;

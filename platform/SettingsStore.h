@@ -29,6 +29,9 @@ public:
     virtual std::size_t countOfList(const std::string& key) const = 0;
     virtual std::optional<std::string> textInList(const std::string& key, std::size_t index) const = 0;
 
+    // Whether `list` has the text, compared whole and case-sensitively.
+    virtual bool isInList(const std::string& key, const std::string& text) const = 0;
+
     // Each replaces whatever stood under `key`, of whatever type.
     virtual void setText(const std::string& key, const std::string& text) = 0;
     virtual void setList(const std::string& key, const std::vector<std::string>& texts) = 0;

@@ -58,6 +58,11 @@ std::optional<std::string> PlistSettingsStore::textInList(const std::string& key
     return texts && index < texts->size() ? std::optional{(*texts)[index]} : std::nullopt;
 }
 
+bool PlistSettingsStore::isInList(const std::string& key, const std::string& text) const {
+    const Texts* const texts = textsUnder(key);
+    return texts && std::find(texts->begin(), texts->end(), text) != texts->end();
+}
+
 // A node of the property list finds its entries one after the other only.
 const PlistSettingsStore::Texts* PlistSettingsStore::textsUnder(const std::string& key) const {
     if (const auto read = texts_.find(key); read != texts_.end()) return &read->second;
@@ -85,7 +90,7 @@ void PlistSettingsStore::setText(const std::string& key, const std::string& valu
 void PlistSettingsStore::setList(const std::string& key, const std::vector<std::string>& texts) {
     if (!canStore(key, texts)) return;
     plist_t former = valueAt(values_, key);
-    if (PLIST_IS_ARRAY(former) && plist_array_get_size(former) == texts.size() && list(key) == texts) return;
+    if (PLIST_IS_ARRAY(former) && plist_array_get_size(former) == texts.size() && *textsUnder(key) == texts) return;
     plist_t array = plist_new_array();
     for (const std::string& text : texts)
         plist_array_append_item(array, plist_new_string(text.c_str()));

@@ -31,6 +31,7 @@ public:
     std::vector<std::string> list(const std::string& key) const override;
     std::size_t countOfList(const std::string& key) const override;
     std::optional<std::string> textInList(const std::string& key, std::size_t index) const override;
+    bool isInList(const std::string& key, const std::string& text) const override;
     void setText(const std::string& key, const std::string& text) override;
     void setList(const std::string& key, const std::vector<std::string>& texts) override;
     void removeValue(const std::string& key) override;

@@ -2,6 +2,7 @@
 
 #include "platform/SettingsStore.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -44,6 +45,11 @@ public:
         return index < texts.size() ? std::optional{texts[index]} : std::nullopt;
     }
 
+    bool isInList(const std::string& key, const std::string& text) const override {
+        const std::vector<std::string> texts = list(key);
+        return std::find(texts.begin(), texts.end(), text) != texts.end();
+    }
+
     void setText(const std::string& key, const std::string& text) override { values[key] = text; }
 
     void setList(const std::string& key, const std::vector<std::string>& texts) override {
@@ -54,7 +60,6 @@ public:
 
     Status synchronize() override {
         ++synchronizations;
-        if (failsToSynchronize) return Status::failure("The settings can't be written: no space left on device.");
         saved = values;
         return Status::ok();
     }
@@ -62,7 +67,6 @@ public:
     Values values;
     Values saved;
     int synchronizations = 0;
-    bool failsToSynchronize = false;
 };
 
 } // namespace letterloft

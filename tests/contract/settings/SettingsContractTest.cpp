@@ -88,6 +88,7 @@ TYPED_TEST(SettingsContract, AnswersWhatIsThereWhateverItsType) {
     EXPECT_EQ(store.countOfList("mixed"), 2U);
     EXPECT_EQ(store.textInList("mixed", 1), "b");
     EXPECT_EQ(store.textInList("mixed", 2), std::nullopt);
+    EXPECT_TRUE(store.isInList("mixed", "b") && !store.isInList("mixed", "c") && !store.isInList("absent", ""));
     EXPECT_EQ(store.countOfList("number"), 0U);
     EXPECT_EQ(store.textInList("absent", 0), std::nullopt);
 }
