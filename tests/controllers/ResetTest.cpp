@@ -25,10 +25,9 @@ TEST(Reset, RunsWhicheverButtonWasPressed) {
     for (const char* button : {"OK", "Cancel"}) {
         World world{{"Work", "Home"}};
         withData(world).press("resetAllData:");
-        ASSERT_TRUE(world.sheet());
-        EXPECT_EQ(world.sheet()->messageText, "Are you sure you want to reset all your data?");
-        EXPECT_EQ(world.sheet()->informativeText,
-                  "WARNING: Data for all accounts other than the current one will be deleted!");
+        EXPECT_EQ(world.window().question(),
+                  "Are you sure you want to reset all your data?|WARNING: Data for all accounts other "
+                  "than the current one will be deleted!|OK|Cancel");
         world.window().press(button);
         EXPECT_THAT(world.accounts(), ElementsAre("Default User"));
         EXPECT_EQ(world.currentUser(), "Default User");

@@ -32,13 +32,10 @@ public:
         attach(std::move(sheet), window);
     }
 
-    int begun = 0; // dropped ones included
-
 private:
     void attach(FakeSheet sheet, Window& window) {
         auto* fake = dynamic_cast<FakeWindow*>(&window);
         assert(fake && !sheet.messageText.empty() && !sheet.buttons.front().title.empty());
-        ++begun;
         fake->attach(std::move(sheet));
     }
 };

@@ -17,9 +17,7 @@ struct FakeControl final : Sender {
 
 // The window with its two views, as "LLAccountWindow" describes it.
 struct FakeInterfaceFile final : InterfaceFile {
-    explicit FakeInterfaceFile(NotificationCenter& notifications) : manager{notifications} {
-        manager.dropsEdit.push_back([this] { accounts.cancelEditing(); });
-    }
+    explicit FakeInterfaceFile(NotificationCenter& notifications) : manager{notifications} {}
 
     Window& window() override { return manager; }
     TableView* tableView(const std::string& outlet) override { return outlet == "tableView" ? &accounts : nullptr; }

@@ -28,11 +28,8 @@ public:
     void setWidth(double widthInPoints) override {
         assert(widthInPoints > 0);
         width_ = widthInPoints;
-        ++timesSet;
     }
     const Font& dataCellFont() const override { return font_; }
-
-    int timesSet = 0;
 
 private:
     std::string identifier_;

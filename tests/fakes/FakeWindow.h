@@ -37,8 +37,6 @@ public:
     }
 
     void close() override {
-        for (const auto& drop : dropsEdit)
-            drop();
         endSheet();
         if (isVisible) notifications_.post(NotificationCenter::windowWillClose, this);
         isVisible = false;
@@ -62,6 +60,15 @@ public:
         assert(!"the sheet has no such button");
     }
 
+    // The sheet's texts and buttons, one after the other.
+    std::string question() const {
+        if (!sheet) return "(none)";
+        std::string all = sheet->messageText + "|" + sheet->informativeText;
+        for (const FakeSheet::Button& button : sheet->buttons)
+            all += "|" + button.title;
+        return all;
+    }
+
     void pressEscape() {
         assert(sheet);
         answer(sheet->escapeCode);
@@ -75,7 +82,6 @@ public:
     bool isVisible = false;
     int timesOrderedFront = 0;
     std::shared_ptr<FakeSheet> sheet;
-    std::vector<std::function<void()>> dropsEdit; // what ends an open edit when the window closes
 
 private:
     NotificationCenter& notifications_;
