@@ -46,9 +46,11 @@ QtApplication::QtApplication(SettingsStore& settings, std::function<void()> last
     : settings_{settings}, lastDuties_{std::move(lastDuties)} {
     watchSignals();
     QCoreApplication::instance()->installEventFilter(this);
-    connect(
-        qGuiApp, &QGuiApplication::commitDataRequest, this, [this] { (void)settings_.synchronize(); },
-        Qt::DirectConnection);
+    const auto prepareForLogOut = [this] {
+        (void)settings_.synchronize();
+        sessionIsToEnd_ = true;
+    };
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, prepareForLogOut, Qt::DirectConnection);
 }
 
 void QtApplication::activateIgnoringOtherApps() {
@@ -69,13 +71,16 @@ void QtApplication::terminate() {
 void QtApplication::terminateIfAskedTo() {
     char byte = 0;
     if (recv(signals_, &byte, sizeof byte, MSG_DONTWAIT | MSG_PEEK) > 0) terminate();
-    // "Quit" and the log-out come as events, and terminate from there. One round may only read what the next one
-    // serves. The posted ones by themselves: see QtRunLoop.cpp.
+    // "Quit" and the end of the session come as events, and terminate from there. One round may only read what the next
+    // one serves. The posted ones by themselves: see QtRunLoop.cpp.
+    sessionIsToEnd_ = false; // one that was told of before, and has not come, may have been called off
     constexpr int rounds = 3;
     for (int round = 0; round < rounds; ++round) {
         QCoreApplication::sendPostedEvents();
         QCoreApplication::processEvents();
     }
+    // The session itself ends only when every program has answered, and nothing may be started until then.
+    if (sessionIsToEnd_) terminate();
 }
 
 // The session manager's word that the session ends comes as this event.

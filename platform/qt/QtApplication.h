@@ -30,6 +30,7 @@ private:
 
     SettingsStore& settings_;
     std::function<void()> lastDuties_;
+    bool sessionIsToEnd_ = false;
     int signals_ = -1;
     std::unique_ptr<QSocketNotifier> signalCame_;
 };

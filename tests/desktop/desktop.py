@@ -7,8 +7,11 @@ import os
 import plistlib
 import shutil
 import signal
+import socket
+import struct
 import subprocess
 import tempfile
+import threading
 import time
 import unittest
 
@@ -95,6 +98,60 @@ class Host:
     def close(self):
         Gio.bus_unown_name(self.name)
         self.bus.unregister_object(self.object)
+
+
+class SessionManager:
+    """The smallest X session manager (ICE 1.1, XSMP 1.0): takes one program in, and tells it of the log-out."""
+
+    OPCODE = 1
+    BYTE_ORDER, CONNECTION_SETUP, CONNECTION_REPLY, PROTOCOL_SETUP, PROTOCOL_REPLY = 1, 2, 6, 7, 8  # of ICE itself
+    REGISTER, REGISTERED, SAVE_YOURSELF, SAVED, DIE = 1, 2, 3, 8, 9
+
+    def __init__(self, desktop):
+        path = f"{desktop.root}/session"
+        self.server = socket.socket(socket.AF_UNIX)
+        self.server.bind(path)
+        self.server.listen()
+        self.address = f"local/{os.uname().nodename}:{path}"
+        self.entry = threading.Thread(target=self._take_in, daemon=True)
+        self.entry.start()
+
+    def _take_in(self):
+        self.client = self.server.accept()[0]
+        self.stream = self.client.makefile("rb")
+        names = struct.pack("<HHHH", 0, 0, 0, 0)
+        self._send(0, self.BYTE_ORDER)
+        self._await(self.CONNECTION_SETUP)
+        self._send(0, self.CONNECTION_REPLY, body=names)
+        self._await(self.PROTOCOL_SETUP)
+        self._send(0, self.PROTOCOL_REPLY, 0, self.OPCODE, names)
+        self._await(self.REGISTER)
+        self._send(self.OPCODE, self.REGISTERED, body=struct.pack("<I4s", 4, b"1234"))
+
+    def _send(self, opcode, minor, first=0, second=0, body=b""):
+        self.client.sendall(struct.pack("<BBBBI", opcode, minor, first, second, len(body) // 8) + body)
+
+    def _await(self, minor):
+        found = None
+        while found != minor:
+            _, found, _, _, length = struct.unpack("<BBBBI", self.stream.read(8))
+            self.stream.read(length * 8)
+
+    def announce_log_out(self):
+        """As every program is asked to save what it has; each is ended when all have answered."""
+        self.entry.join()
+        whatever_it_takes, shutdown = 2, 1
+        self._send(self.OPCODE, self.SAVE_YOURSELF, body=struct.pack("<BBBB4x", whatever_it_takes, shutdown, 0, 0))
+
+    def log_out(self):
+        self.announce_log_out()
+        self._await(self.SAVED)
+        self._send(self.OPCODE, self.DIE)
+
+    def close(self):
+        self.stream.close()
+        self.client.close()
+        self.server.close()
 
 
 class Desktop:
@@ -235,10 +292,11 @@ class Desktop:
 class Program:
     """The real program, and its menu as a status bar sees it."""
 
-    def __init__(self, desktop, **changes):
+    def __init__(self, desktop, within=(), **changes):
+        """`within` is a command that becomes the program in the end."""
         self.desktop, self.log_file = desktop, os.path.join(desktop.root, f"log{len(desktop.processes)}")
         with open(self.log_file, "wb") as log:
-            self.process = desktop.start(os.environ["LETTERLOFT"], stderr=log, **changes)
+            self.process = desktop.start(*within, os.environ["LETTERLOFT"], stderr=log, **changes)
         self.pid = self.process.pid
 
     def log(self):
