@@ -4,7 +4,7 @@ import os
 import signal
 import unittest
 
-from desktop import Application, DesktopTest, Gio, GLib, wait_for
+from desktop import Application, DesktopTest, Gio, GLib, Program, SessionManager, wait_for
 
 
 class Switch(DesktopTest):
@@ -72,6 +72,8 @@ class Switch(DesktopTest):
         for account in ("B", "C", "D"):
             program.choose(account)
         application.wait_for_journal("asked")
+        self.assertEqual(Program(self.desktop).exit_status(), 0)  # a second start is heard all the while
+        program.wait_for_window()
         self.assertEqual(self.desktop.settings()["Current User"], "A")
         self.assert_live(application, "A", ["B", "C", "D"])
         running.send_signal(signal.SIGUSR1)
@@ -93,12 +95,42 @@ class Switch(DesktopTest):
         self.assertEqual(self.desktop.tree(folders[0]), {".notes/old": "older mail of A"})
         self.assertEqual(self.desktop.tree(folders[1]), {".notes/mail": "mail of B"})
 
+    def test_odd_applications_are_passed_over_and_our_own_files_stay(self):
+        application = self.prepare(("A", "B"))
+        home, support = self.desktop.home, self.desktop.support
+        ours = {f"{home}/broken.desktop": support, f"{home}/stray.txt": os.path.dirname(self.desktop.settings_file),
+                f"{home}/gone.app": f"{home}/Library"}
+        self.desktop.write(f"{home}/broken.desktop", '[Desktop Entry]\nType=Application\nName=x\nExec="open\n')
+        self.desktop.write(f"{home}/stray.txt", "no application")
+        self.desktop.set_settings({**self.desktop.settings(), **{app: [item] for app, item in ours.items()},
+                                   "Apps": [*ours, application.entry], "Autostart Apps": list(ours)})
+        program = self.start()
+        program.choose("B")
+        for app, item in ours.items():
+            program.wait_for_log(f"ERROR LAUNCHING {app}\n")
+            self.assertIn(f"There was an error moving the file at {item} to {support}/A:\n", program.log())
+        self.assertEqual(program.log().count("Letterloft's own settings, lock or support folder are there"), 3)
+        self.assert_live(application, "B", ["A"])
+
+    def test_accounts_that_cant_be_looked_at_stay_and_so_does_their_mail(self):
+        application = self.prepare(("A", "B"))
+        os.chmod(self.desktop.support, 0)
+        program = self.start()
+        self.assertEqual(program.accounts(), ["B", "A"])
+        program.choose("B")
+        program.wait_for_current("B")
+        for moved in (f"{application.item} to {self.desktop.support}/A", f"{self.desktop.support}/B to {application.item}"):
+            self.assertRegex(program.log(), f"There was an error moving the file at {moved}:\n.*Permission denied")
+        self.assertEqual(program.end(), 0)
+        os.chmod(self.desktop.support, 0o700)
+        self.assert_live(application, "A", ["B"])
+
 
 class Ending(DesktopTest):
-    def end_during_the_wait(self, end):
+    def end_during_the_wait(self, end, **changes):
         application = self.prepare(options="hold")
         running = application.start()
-        program = self.start()
+        program = self.start(**changes)
         program.choose("B")
         application.wait_for_journal("asked")
         end(program)
@@ -113,14 +145,19 @@ class Ending(DesktopTest):
     def test_sigterm_during_the_wait_leaves_all_where_it_is(self):
         self.end_during_the_wait(lambda program: program.process.send_signal(signal.SIGTERM))
 
-    def end_during_the_moves(self, end):
+    def test_the_log_out_during_the_wait_leaves_all_where_it_is(self):
+        session = SessionManager(self.desktop)
+        self.addCleanup(session.close)
+        self.end_during_the_wait(lambda _: session.log_out(), SESSION_MANAGER=session.address)
+
+    def end_during_the_moves(self, end, **changes):
         application = self.prepare(("A", "B"))
         items = [os.path.join(self.desktop.home, "items", str(n)) for n in range(4000)]
         for item in items:
             self.desktop.write(item, "of A")
         self.desktop.set_settings({**self.desktop.settings(), "Autostart Apps": [application.entry],
                                    application.entry: items})
-        program, accounts = self.start(), ["A", "B"]
+        program, accounts = self.start(**changes), ["A", "B"]
         while True:
             # Stopped as soon as the first item is elsewhere; if it was too late, the next switch is the next occasion.
             is_parked = os.path.exists(items[0])
@@ -146,6 +183,11 @@ class Ending(DesktopTest):
 
     def test_sigterm_during_the_moves_is_heeded_when_they_are_recorded(self):
         self.end_during_the_moves(lambda program, _: program.process.send_signal(signal.SIGTERM))
+
+    def test_the_log_out_during_the_moves_is_heeded_when_they_are_recorded(self):
+        session = SessionManager(self.desktop)
+        self.addCleanup(session.close)
+        self.end_during_the_moves(lambda *_: session.announce_log_out(), SESSION_MANAGER=session.address)
 
     def test_quit_during_the_moves_is_heeded_when_they_are_recorded(self):
         def choose_quit(_, click):
