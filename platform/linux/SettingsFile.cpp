@@ -85,7 +85,7 @@ Result<std::string> SettingsFile::contents(const std::string& path) const {
 std::string SettingsFile::waysOut(const std::string& target) const {
     const std::string previous = previousGeneration(target);
     struct statx info {};
-    if (calls_->statx(AT_FDCWD, previous.c_str(), 0, &info) != 0)
+    if (calls_->statx(AT_FDCWD, previous.c_str(), 0, &info) != 0 && (errno == ENOENT || errno == ENOTDIR))
         return filled("There is no previous generation \"%@\" to put in its place.", {previous});
     const Result<std::string> bytes = contents(previous);
     const Result<PropertyList> list = bytes ? parsedPropertyList(*bytes) : bytes.status();
