@@ -6,9 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include <clocale>
-#include <sys/resource.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 namespace letterloft {
 namespace {
@@ -17,9 +15,16 @@ namespace fs = std::filesystem;
 using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::StartsWith;
+
+std::string binaryList(const PropertyList& list) {
+    char* bytes = nullptr;
+    std::uint32_t length = 0;
+    plist_to_bin(list.get(), &bytes, &length);
+    std::string binary{bytes, length};
+    plist_to_bin_free(bytes);
+    return binary;
+}
 
 class SettingsFileCase : public ::testing::Test {
 protected:
@@ -62,59 +67,52 @@ using SettingsAreRefused = SettingsFileCase;
 TEST_F(ASettingsWrite, IsPrivateWhateverTheUmask) {
     for (const mode_t umaskNow : {0000, 0777}) {
         const mode_t former = umask(umaskNow);
-        auto store = load();
+        const auto store = load();
         store->setText("a", "b");
         const Status written = store->synchronize();
         umask(former);
         EXPECT_TRUE(written) << written.sentence();
         EXPECT_EQ(modeOf(path_), 0600u);
-        EXPECT_EQ(modeOf(fs::path{path_}.parent_path()), 0700u);
-        EXPECT_EQ(modeOf(scratch_.at("config")), 0700u);
+        EXPECT_EQ(modeOf(scratch_.at("config/letterloft")), 0700u);
         fs::remove_all(scratch_.at("config"));
     }
 }
 
-TEST_F(ASettingsWrite, KeepsThePreviousGenerationAndNothingElse) {
-    auto store = load();
-    store->setText("a", "1");
-    ASSERT_TRUE(store->synchronize());
-    EXPECT_THAT(names(), ElementsAre("settings.plist"));
-    const std::string first = readFile(path_);
-    store->setText("a", "2");
-    ASSERT_TRUE(store->synchronize());
+TEST_F(ASettingsWrite, KeepsThePreviousGeneration_UnlessNothingHasChanged) {
+    const auto store = load();
+    for (const char* value : {"1", "2"}) {
+        store->setText("a", value);
+        store->setList("l", {});
+        store->removeValue("absent");
+        ASSERT_TRUE(store->synchronize());
+        ASSERT_TRUE(store->synchronize());
+    }
     EXPECT_THAT(names(), ElementsAre("settings.plist", "settings.plist.bak"));
-    EXPECT_EQ(readFile(previous_), first);
+    EXPECT_THAT(readFile(previous_), HasSubstr("<string>1</string>"));
+    EXPECT_THAT(readFile(path_), HasSubstr("<string>2</string>"));
 }
 
-TEST_F(ASettingsWrite, IsNotMadeWhereNothingHasChanged) {
-    writeFile(path_, propertyListWith("<dict><key>a</key><string>1</string><key>l</key><array/></dict>"));
-    const std::string before = readFile(path_);
-    auto store = load();
-    store->setText("a", "1");
-    store->setList("l", {});
-    store->removeValue("absent");
-    ASSERT_TRUE(store->synchronize());
-    EXPECT_EQ(readFile(path_), before);
-    EXPECT_THAT(names(), ElementsAre("settings.plist"));
-}
-
-TEST_F(ASettingsWrite, ComesAfterTheMovesAreDurableOrNotAtAll) {
-    auto store = load();
+TEST_F(ASettingsWrite, ComesAfterTheMovesAreDurable_AndIsTriedAgain) {
+    const auto store = load();
     store->setText("a", "1");
     syncOfMoves_ = Status::failure("the disk is gone");
     EXPECT_FALSE(store->synchronize());
     EXPECT_FALSE(fs::exists(path_));
-    EXPECT_THAT(log_.lines, ElementsAre(AllOf(HasSubstr(path_), HasSubstr("the disk is gone"))));
     syncOfMoves_ = Status::ok();
+    writeFile(scratch_.at("config"), "a file where the folder should be");
+    EXPECT_FALSE(store->synchronize());
+    EXPECT_THAT(log_.lines, ElementsAre(AllOf(HasSubstr(path_), HasSubstr("the disk is gone")),
+                                        AllOf(HasSubstr(path_), HasSubstr("Not a directory"))));
+    fs::remove(scratch_.at("config"));
     EXPECT_TRUE(store->synchronize());
-    EXPECT_THAT(contentsAtSync_, ElementsAre("", ""));
-    EXPECT_THAT(readFile(path_), HasSubstr("<key>a</key>"));
+    EXPECT_THAT(contentsAtSync_, ElementsAre("", "", ""));
+    EXPECT_EQ(load()->text("a"), "1");
 }
 
 TEST_F(ASettingsWrite, IsNotStoppedByWhatStandsAtItsTemporaryNames) {
     writeFile(scratch_.at("victim"), "untouched");
     for (const char* planted : {".new", ".bak.new", ".bak"}) {
-        auto store = load();
+        const auto store = load();
         fs::remove_all(path_ + planted);
         fs::create_directories(fs::path{path_}.parent_path());
         fs::create_symlink(scratch_.at("victim"), path_ + planted);
@@ -124,26 +122,14 @@ TEST_F(ASettingsWrite, IsNotStoppedByWhatStandsAtItsTemporaryNames) {
     }
     EXPECT_EQ(readFile(scratch_.at("victim")), "untouched");
     EXPECT_THAT(names(), ElementsAre("settings.plist", "settings.plist.bak"));
-    EXPECT_THAT(log_.lines, IsEmpty());
 }
 
-TEST_F(ASettingsWrite, ThatFailsIsLoggedAndTriedAgain) {
-    auto store = load();
-    store->setText("a", "1");
-    writeFile(scratch_.at("config"), "a file where the folder should be");
-    EXPECT_FALSE(store->synchronize());
-    EXPECT_FALSE(store->synchronize());
-    ASSERT_EQ(log_.lines.size(), 2u);
-    EXPECT_THAT(log_.lines[0], AllOf(HasSubstr(path_), HasSubstr("Not a directory"), Not(HasSubstr("\n"))));
-    fs::remove(scratch_.at("config"));
-    EXPECT_TRUE(store->synchronize());
-    EXPECT_EQ(load()->text("a"), "1");
-}
-
-// XML has no place for them, so the file becomes a binary one, which every reader of property lists takes.
-TEST_F(ASettingsWrite, HoldsControlCharactersAndGoesBackToXmlWithoutThem) {
-    const std::string control = "a\x01"
-                                "b\x1f\r\xef\xbf\xbe";
+// XML has no place for control characters, so the file becomes a binary one, which every reader of property lists
+// takes.
+TEST_F(ASettingsWrite, HoldsWhatIsNoProperTextAndRefusesNul) {
+    const std::string control = "a\x01\x1f\r\xef\xbf\xbe";
+    const std::string latin = "M\xfcll\x01";
+    const std::string nul{"latin\0b", 7};
     auto store = load();
     store->setList(control, {control, "b"});
     ASSERT_TRUE(store->synchronize());
@@ -151,22 +137,14 @@ TEST_F(ASettingsWrite, HoldsControlCharactersAndGoesBackToXmlWithoutThem) {
     store = load();
     EXPECT_THAT(store->list(control), ElementsAre(control, "b"));
     store->removeValue(control);
-    ASSERT_TRUE(store->synchronize());
-    EXPECT_THAT(readFile(path_), StartsWith("<?xml"));
-}
-
-TEST_F(ASettingsWrite, HoldsBytesThatAreNoUtf8AndRefusesNul) {
-    auto store = load();
-    store->setText("latin", "M\xfcll\x01");
-    store->setText("nul", "before");
-    store->setText("nul", std::string{"a\0b", 3});
-    store->setText(std::string{"latin\0b", 7}, "x");
-    EXPECT_FALSE(store->hasValue(std::string{"latin\0b", 7}));
+    store->setText("latin", latin);
+    store->setText("latin", nul);
+    store->setText(nul, "x");
+    EXPECT_FALSE(store->hasValue(nul));
     EXPECT_EQ(log_.lines.size(), 2u);
     ASSERT_TRUE(store->synchronize());
-    store = load();
-    EXPECT_EQ(store->text("latin"), "M\xfcll\x01");
-    EXPECT_EQ(store->text("nul"), "before");
+    EXPECT_THAT(readFile(path_), StartsWith("<?xml"));
+    EXPECT_EQ(load()->text("latin"), latin);
 }
 
 TEST_F(AForeignValue, SurvivesASaveInXml) {
@@ -180,56 +158,37 @@ TEST_F(AForeignValue, SurvivesASaveInXml) {
         "<key>small</key>\n\t<integer>-9223372036854775808</integer>\n\t"
         "<key>large</key>\n\t<integer>18446744073709551615</integer>\n\t";
     writeFile(path_, propertyListWith("<dict>" + foreign + "</dict>"));
-    auto store = load();
+    const auto store = load();
     store->setText("ours", "1");
     ASSERT_TRUE(store->synchronize());
     EXPECT_THAT(readFile(path_), HasSubstr(foreign));
 }
 
-// 0.25 seconds after the epoch of dates: XML would drop the fraction.
+// XML would drop the fraction of a second.
 TEST_F(AForeignValue, ThatOnlyABinaryFileHoldsSurvives) {
-    PropertyList list = emptyPropertyList();
+    const PropertyList list = emptyPropertyList();
     plist_dict_set_item(list.get(), "date", plist_new_date(12345, 250000));
-    const Result<std::string> bytes = propertyListBytes(list);
-    ASSERT_TRUE(bytes);
-    writeFile(path_, *bytes);
-    auto store = load();
+    writeFile(path_, binaryList(list));
+    const auto store = load();
     store->setText("ours", "1");
     ASSERT_TRUE(store->synchronize());
-    const auto read = parsedPropertyList(readFile(path_));
-    ASSERT_TRUE(read);
-    std::int32_t seconds = 0;
-    std::int32_t microseconds = 0;
-    plist_get_date_val(plist_dict_get_item(read->get(), "date"), &seconds, &microseconds);
-    EXPECT_EQ(seconds, 12345);
-    EXPECT_EQ(microseconds, 250000);
+    plist_dict_set_item(list.get(), "ours", plist_new_string("1"));
+    EXPECT_EQ(readFile(path_), binaryList(list));
 }
 
-TEST_F(ALinkAtTheSettings, IsFollowedAndKept) {
-    const std::string real = scratch_.at("dotfiles/ll.plist");
-    writeFile(real, propertyListWith("<dict><key>a</key><string>1</string></dict>"));
+TEST_F(ALinkAtTheSettings, IsFollowedAndKept_EvenToNothingButNotToItself) {
     fs::create_directories(fs::path{path_}.parent_path());
-    for (const std::string& text : {real, std::string{"../../dotfiles/ll.plist"}}) {
+    fs::create_directory(scratch_.at("dotfiles"));
+    for (const std::string& text : {scratch_.at("dotfiles/ll.plist"), std::string{"../../dotfiles/ll.plist"}}) {
         fs::remove(path_);
         fs::create_symlink(text, path_);
-        auto store = load();
-        ASSERT_TRUE(store->text("a"));
+        const auto store = load();
         store->setText("link", text);
         ASSERT_TRUE(store->synchronize());
         EXPECT_EQ(fs::read_symlink(path_), text);
-        EXPECT_THAT(readFile(real), HasSubstr(text));
-        EXPECT_TRUE(fs::exists(real + ".bak"));
+        EXPECT_THAT(readFile(scratch_.at("dotfiles/ll.plist")), HasSubstr(text));
     }
-}
-
-TEST_F(ALinkAtTheSettings, ToNothingIsAFirstRunAndToItselfIsNot) {
-    fs::create_directories(fs::path{path_}.parent_path());
-    fs::create_symlink(scratch_.at("elsewhere/new.plist"), path_);
-    auto store = load();
-    store->setText("a", "1");
-    ASSERT_TRUE(store->synchronize());
-    EXPECT_TRUE(fs::is_symlink(path_));
-    EXPECT_EQ(load()->text("a"), "1");
+    EXPECT_TRUE(fs::exists(scratch_.at("dotfiles/ll.plist.bak")));
     fs::remove(path_);
     fs::create_symlink("settings.plist", path_);
     EXPECT_FALSE(tryToLoad());
@@ -240,15 +199,6 @@ struct Damage {
     std::string bytes;
     const char* reason;
 };
-
-std::string binaryList(const PropertyList& list) {
-    char* bytes = nullptr;
-    std::uint32_t length = 0;
-    plist_to_bin(list.get(), &bytes, &length);
-    std::string binary{bytes, length};
-    plist_to_bin_free(bytes);
-    return binary;
-}
 
 // Lists that each hold the next one twice: 2^60 values in some 500 bytes.
 std::string binaryLaughs() {
@@ -289,13 +239,9 @@ std::vector<Damage> damages() {
     return {
         {"empty", "", "is empty"},
         {"zeroed", std::string(4096, '\0'), "NUL"},
-        {"end zeroed", whole.substr(0, 60) + std::string(40, '\0'), "NUL"},
-        {"without end", whole.substr(0, whole.find("</plist>")), "has no end"},
         {"something behind", whole + "x", "goes on"},
-        {"another behind", whole + whole, "goes on"},
         {"no property list", "[letterloft]\naccounts=1\n", "no property list"},
         {"list at the top", propertyListWith("<array><string>a</string></array>"), "no dictionary"},
-        {"text at the top", propertyListWith("<string>a</string>"), "no dictionary"},
         {"nothing at the top", propertyListWith(""), "no value"},
         {"key without value", propertyListWith("<dict><key>a</key></dict>"), "no value"},
         {"value without key", propertyListWith("<dict><string>a</string></dict>"), "than a key"},
@@ -303,25 +249,19 @@ std::vector<Damage> damages() {
         {"entities", "<!DOCTYPE plist [<!ENTITY a \"lol\"><!ENTITY b \"&a;&a;\">]>" + entry("<string>&b;</string>"),
          "entities"},
         {"unknown entity", entry("<string>&b;</string>"), "&"},
-        {"numbered NUL", entry("<string>&#0;</string>"), "&"},
         {"enormous integer", entry("<integer>" + std::string(1000, '9') + "</integer>"), "integer"},
         {"no integer", entry("<integer>seven</integer>"), "integer"},
         {"enormous real", entry("<real>1e999</real>"), "real"},
-        {"no such day", entry("<date>2011-02-30T00:00:00Z</date>"), "date"},
         {"no date", entry("<date>yesterday</date>"), "date"},
         {"no data", entry("<data>A!</data>"), "data"},
         {"unknown element", entry("<set/>"), "no value"},
-        {"crossed elements", entry("<array><dict></array></dict>"), "than a key"},
         {"nested 129 deep", nested(128), "too deep"},
-        {"nested 100,000 deep", nested(100000), "too deep"},
-        {"binary, nothing behind its name", "bplist00", "table"},
         {"binary in a circle",
          std::string{"bplist00\xa1\0\x08\0\0\0\0\0\0\1\1\0\0\0\0\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0a", 43},
          "circle"},
         {"binary laughs", binaryLaughs(), "unfolds"},
         {"binary, a text cut at a NUL", replaced(binary, "Qb", std::string{"Q\0", 2}), "exactly"},
         {"binary, a text of no characters", replaced(binary, "Qb", "Q\xfc"), "exactly"},
-        {"binary without its last byte", binary.substr(0, binary.size() - 1), ""},
         {"binary without its first object", "bplist00" + binary.substr(10), ""},
     };
 }
