@@ -65,16 +65,6 @@ TEST(Pruning, ShowsWhatItDropsOnceMore) {
     EXPECT_THAT(world.log.lines, IsEmpty());
 }
 
-TEST(Pruning, OfTheLastAccountEndsWithAnEmptyList) {
-    World world{{"A"}};
-    world.files.erase(support + "/A");
-    world.start();
-    EXPECT_TRUE(world.settings.hasValue("Accounts"));
-    EXPECT_THAT(world.accounts(), IsEmpty());
-    EXPECT_EQ(world.currentUser(), "A");
-    EXPECT_THAT(world.accountRows(), IsEmpty());
-}
-
 TEST(Pruning, SparesWhatCantBeLookedAt) {
     World world{{"A", "B"}};
     world.files.unreachablePaths = {support};
@@ -95,22 +85,6 @@ TEST(Start, WithoutRoomForFoldersEndsWithoutAccounts) {
     EXPECT_EQ(world.log.lines[1], "We have no accounts present!  Creating a default user now...");
     EXPECT_THAT(world.log.lines[2],
                 testing::StartsWith("There was an error creating a folder for the Default user:\nCan't make"));
-}
-
-TEST(Accounts, OfAWrongTypeArePresentAndKept) {
-    World world;
-    world.settings.values["Accounts"] = {};
-    world.start();
-    EXPECT_EQ(world.settings.values["Accounts"], FakeSettingsStore::Value{});
-    EXPECT_THAT(world.accountRows(), IsEmpty());
-}
-
-TEST(Clearing, GoesByTitleSoAnAccountNamedLikeAFixedItemPilesUp) {
-    World world{{"Quit", "<b>A&B</b>"}};
-    world.start();
-    world.menuLet.populateMenuWithAccounts();
-    EXPECT_THAT(world.menu.shown(), ElementsAre("<b>A&B</b>", "Quit [mailbox] !", "Quit [mailbox] !", "-",
-                                                "Manage Accounts...", "Letterloft Help", "Quit"));
 }
 
 TEST(ManageAccounts, LoadsTheWindowOnceAndShowsItAgain) {

@@ -41,18 +41,6 @@ TEST(Switch, ParksRestoresRecordsAndLaunches) {
     EXPECT_EQ(world.textAt(home + "/.mailrc"), "A's settings");
 }
 
-TEST(Switch, MovesALinkAndSkipsADanglingOne) {
-    World world{{"A", "B"}};
-    world.manage(mail, {home + "/link", home + "/dangling"});
-    world.files.addFolder("/disk/mail");
-    world.files.addLink(home + "/link", "/disk/mail");
-    world.files.addLink(home + "/dangling", "/nowhere");
-    world.start().menu.choose("B");
-    EXPECT_EQ(world.textAt(support + "/A/link"), "/disk/mail");
-    EXPECT_EQ(world.textAt(home + "/dangling"), "/nowhere");
-    EXPECT_THAT(world.log.lines, IsEmpty());
-}
-
 TEST(Switch, LeavesTheSecondOfTwoItemsThatEndAlike) {
     World world{{"A", "B"}};
     world.manage(mail, {"/x/Mail", "/y/Mail"});
@@ -68,21 +56,6 @@ TEST(Switch, LeavesTheSecondOfTwoItemsThatEndAlike) {
     EXPECT_EQ(world.textAt("/x/Mail"), "x");
     // y was parked for B, whose place it took meanwhile.
     EXPECT_EQ(world.textAt(support + "/B/Mail"), "y");
-}
-
-TEST(Switch, NamesTheFolderOfTheAccountWhenAnItemCantReturn) {
-    World world{{"A", "B"}};
-    withMail(world);
-    world.files.addFolder(support + "/A/Mail"); // in the way of parking, so the live place stays taken
-    world.menu.choose("B");
-    ASSERT_EQ(world.log.lines.size(), 2u);
-    EXPECT_THAT(world.log.lines[0], testing::StartsWith("There was an error moving the file at " + mailFolder + " to " +
-                                                        support + "/A:\n"));
-    EXPECT_THAT(world.log.lines[1], testing::StartsWith("There was an error moving the file at " + support + "/B to " +
-                                                        mailFolder + ":\n"));
-    EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "A's inbox");
-    EXPECT_EQ(world.textAt(support + "/B/Mail/inbox"), "B's inbox");
-    EXPECT_EQ(world.currentUser(), "B");
 }
 
 TEST(Switch, RefusesNamesThatAreNoAccounts) {
@@ -152,17 +125,6 @@ TEST(Quitting, GoesOnWhenNothingCanBeWaitedFor) {
     world.runLoop.hasSources = false;
     world.menu.choose("B");
     EXPECT_EQ(world.currentUser(), "B");
-}
-
-TEST(TheEndOfTheProgram, DuringTheWaitLeavesEverything) {
-    World world{{"A", "B"}};
-    withMail(world);
-    world.running.start(mail, "m")->refuses = true;
-    world.runLoop.events.push_back([&] { world.application.terminate(); });
-    const auto before = world.files.tree;
-    EXPECT_THROW(world.menu.choose("B"), ProgramEnded);
-    EXPECT_EQ(world.files.tree, before);
-    EXPECT_EQ(world.currentUser(), "A");
 }
 
 TEST(TheEndOfTheProgram, DuringTheMovesWaitsForTheRecordAndLaunchesNothing) {

@@ -64,14 +64,28 @@ protected:
     std::function<void()> duringChoice;
 };
 
-TEST_F(HeldChoices, TheLastOneFollows_WhenTheFirstHasEnded) {
-    duringChoice = [this] {
-        pick("b");
-        pick("c");
+TEST_F(HeldChoices, TheLastOneFollows_UnlessItsItemIsGoneOrInertByThen) {
+    struct Case {
+        Titles accounts;
+        std::string inert;
+        Titles expected;
     };
-    pick("a");
-    serveEvents();
-    EXPECT_EQ(chosen, (Titles{"a", "a ends", "c"}));
+    for (const Case& then : {Case{{"b", "a"}, "", {"a", "a ends", "b"}}, Case{{"a"}, "", {"a", "a ends"}},
+                             Case{{"b", "a"}, "b", {"a", "a ends"}}}) {
+        chosen.clear();
+        inert.clear();
+        rebuild({"c", "b", "a"});
+        duringChoice = [&] {
+            pick("c");
+            pick("b");
+            serveEvents();
+            inert = then.inert;
+            rebuild(then.accounts);
+        };
+        pick("a");
+        serveEvents();
+        EXPECT_EQ(chosen, then.expected);
+    }
 }
 
 TEST_F(HeldChoices, CommandsAreNotHeld) {
@@ -79,33 +93,6 @@ TEST_F(HeldChoices, CommandsAreNotHeld) {
     pick("a");
     serveEvents();
     EXPECT_EQ(chosen, (Titles{"a", "Help", "a ends"}));
-}
-
-TEST_F(HeldChoices, TheItemThatStandsThereThenIsChosen) {
-    duringChoice = [this] {
-        pick("b");
-        serveEvents();
-        rebuild({"b", "a"});
-    };
-    pick("a");
-    serveEvents();
-    EXPECT_EQ(chosen, (Titles{"a", "a ends", "b"}));
-}
-
-TEST_F(HeldChoices, NothingFollows_WhenTheItemIsGoneOrInert) {
-    for (const std::string& now : {std::string{}, std::string{"b"}}) {
-        chosen.clear();
-        rebuild({"b", "a"});
-        duringChoice = [&] {
-            pick("b");
-            serveEvents();
-            inert = now;
-            rebuild(now.empty() ? Titles{"a"} : Titles{"b", "a"});
-        };
-        pick("a");
-        serveEvents();
-        EXPECT_EQ(chosen, (Titles{"a", "a ends"}));
-    }
 }
 
 TEST_F(HeldChoices, AChoiceOfARowThatWasJustReplaced_IsOneOfItsSuccessor) {
