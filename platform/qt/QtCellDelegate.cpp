@@ -1,6 +1,6 @@
 #include "platform/qt/QtCellDelegate.h"
 
-#include <QKeyEvent>
+#include <QLineEdit>
 
 namespace letterloft {
 
@@ -42,7 +42,7 @@ void QtCellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, co
 bool QtCellDelegate::eventFilter(QObject* object, QEvent* event) {
     auto* const editor = qobject_cast<QWidget*>(object);
     if (!editor || editor != editor_) return false;
-    if (event->type() == QEvent::KeyPress) return handleKey(*editor, static_cast<QKeyEvent*>(event)->key());
+    if (event->type() == QEvent::KeyPress) return handleKey(*editor, *static_cast<QKeyEvent*>(event));
     if (event->type() == QEvent::ShortcutOverride) return QStyledItemDelegate::eventFilter(object, event);
     if (event->type() == QEvent::FocusOut) {
         const auto reason = static_cast<QFocusEvent*>(event)->reason();
@@ -51,8 +51,8 @@ bool QtCellDelegate::eventFilter(QObject* object, QEvent* event) {
     return false;
 }
 
-bool QtCellDelegate::handleKey(QWidget& editor, int key) {
-    switch (key) {
+bool QtCellDelegate::handleKey(QWidget& editor, const QKeyEvent& event) {
+    switch (event.key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
     case Qt::Key_Tab:
@@ -62,9 +62,21 @@ bool QtCellDelegate::handleKey(QWidget& editor, int key) {
     case Qt::Key_Escape:
         dropEdit();
         return true;
+    case Qt::Key_Home:
+    case Qt::Key_End:
+        return moveToEnd(editor, event);
     default:
         return false;
     }
+}
+
+// With Ctrl too, which a line of text has no use for by itself (Qt 6.4).
+bool QtCellDelegate::moveToEnd(QWidget& editor, const QKeyEvent& event) {
+    auto* const line = qobject_cast<QLineEdit*>(&editor);
+    if (!line) return false;
+    const bool marks = event.modifiers().testFlag(Qt::ShiftModifier);
+    event.key() == Qt::Key_Home ? line->home(marks) : line->end(marks);
+    return true;
 }
 
 void QtCellDelegate::handOver(QWidget& editor) {

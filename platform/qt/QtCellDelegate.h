@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractItemView>
+#include <QKeyEvent>
 #include <QPointer>
 #include <QStyledItemDelegate>
 
@@ -27,7 +28,8 @@ public:
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
-    bool handleKey(QWidget& editor, int key);
+    bool handleKey(QWidget& editor, const QKeyEvent& event);
+    static bool moveToEnd(QWidget& editor, const QKeyEvent& event);
     void handOver(QWidget& editor);
 
     mutable QPointer<QWidget> editor_; // createEditor is const in Qt

@@ -1,5 +1,6 @@
 #include "platform/qt/QtKeySelection.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 
 namespace letterloft {
@@ -8,17 +9,33 @@ QtKeySelection::QtKeySelection(QAbstractItemView& view) : QObject{&view}, view_{
 
 bool QtKeySelection::eventFilter(QObject* watched, QEvent* event) {
     if (watched != &view_ || event->type() != QEvent::KeyPress) return false;
-    return selectCurrentRow(static_cast<QKeyEvent*>(event)->key());
+    return isEdited() || selectCurrentRow(static_cast<QKeyEvent*>(event)->key());
 }
 
-// True if that is all the key does. Home and End go on from there.
+// A key that an open editor has no use for comes on to the view, where it would leave the cell.
+bool QtKeySelection::isEdited() const {
+    const QWidget* const focus = QApplication::focusWidget();
+    return focus && focus != &view_ && view_.isAncestorOf(focus);
+}
+
+// True if that is all the key does. The others go on from there.
 bool QtKeySelection::selectCurrentRow(int key) {
-    const bool steps = key == Qt::Key_Down || key == Qt::Key_Up;
-    if (!steps && key != Qt::Key_Home && key != Qt::Key_End) return false;
+    switch (key) {
+    case Qt::Key_Down:
+    case Qt::Key_Up:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_F2:
+        break;
+    default:
+        return false;
+    }
     QItemSelectionModel* const selection = view_.selectionModel();
     if (!selection || selection->hasSelection() || !selection->currentIndex().isValid()) return false;
     selection->select(selection->currentIndex(), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    return steps;
+    return key == Qt::Key_Down || key == Qt::Key_Up;
 }
 
 } // namespace letterloft

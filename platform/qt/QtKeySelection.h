@@ -4,8 +4,9 @@
 
 namespace letterloft {
 
-// Lets the keys that move in a view select a row when none is selected. By itself Qt 6.4 makes the first row current
-// without selecting it when the view gets the focus, and then takes a key that leads there for no move at all.
+// Lets the keys that move in a view, or open or edit a row, select a row first when none is selected. By itself Qt 6.4
+// makes the first row current without selecting it when the view gets the focus, and then takes a key that leads there
+// for no move at all. While a cell is edited, no key reaches the view.
 class QtKeySelection final : public QObject {
 public:
     // Owned by the view, which selects whole rows, one at most.
@@ -14,6 +15,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    bool isEdited() const;
     bool selectCurrentRow(int key);
 
     QAbstractItemView& view_;

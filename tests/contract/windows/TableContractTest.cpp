@@ -139,15 +139,28 @@ TYPED_TEST(Tables, AnEditIsDroppedByEscapeAndByAReload) {
 class QtTables : public Tables<QtTable> {};
 
 TEST_F(QtTables, AKeySelectsTheFirstRowWhenNoneIsSelected) {
-    for (const auto key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_Home}) {
+    for (const auto key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_Home, Qt::Key_F2}) {
         table.widget().clearFocus();
         table.view().reloadData();
         table.widget().setFocus();
         ASSERT_EQ(table.view().selectedRow(), std::nullopt);
         QTest::keyClick(&table.widget(), key);
         EXPECT_EQ(table.view().selectedRow(), 0U) << key;
+        EXPECT_EQ(table.editor() != nullptr, key == Qt::Key_F2);
         table.widget().clearSelection();
     }
+}
+
+TEST_F(QtTables, AKeyPressedInAnEditStaysThere) {
+    table.beginEditing(1);
+    for (const auto& [key, text] : {std::pair{Qt::Key_Home, "a"}, {Qt::Key_End, "b"}, {Qt::Key_Up, "c"}}) {
+        for (const auto modifiers : {Qt::NoModifier, Qt::ControlModifier})
+            QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+        QTest::keyClicks(QApplication::focusWidget(), QLatin1String{text});
+    }
+    ASSERT_TRUE(table.editor());
+    QTest::keyClick(table.editor(), Qt::Key_Return);
+    EXPECT_THAT(source.handedOver, ElementsAre("1 aWorkbc"));
 }
 
 TEST_F(QtTables, AnEditIsHandedOverByTabAndByLeavingTheCell) {
