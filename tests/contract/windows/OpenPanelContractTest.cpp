@@ -44,21 +44,24 @@ struct QtChooser {
     QtChooser() { manager.show(); }
     Window& window() { return manager.window(); }
     bool isShown() { return manager.sheet() != nullptr; }
-    QTreeView& entries() { return *manager.sheet()->findChild<QTreeView*>(); }
-    QPushButton& confirm(const char* title = "OK") {
-        for (auto* const button : manager.sheet()->findChildren<QPushButton*>())
-            if (button->text() == QLatin1String{title}) return *button;
+    QPushButton& button(const char* title, QDialog* within = nullptr) {
+        QDialog* const dialog = within ? within : manager.sheet();
+        for (auto* const button : dialog->findChildren<QPushButton*>())
+            if (button->text() == QLatin1String{title} && button->window() == dialog) return *button;
         throw std::logic_error{"no such button"};
     }
+    QPushButton& confirm() { return button("OK"); }
     // Whether the entry is listed, and then selected.
-    bool select(const std::string& name) {
-        const QString wanted = QString::fromStdString(name);
-        const auto find = [this, wanted] {
-            return entries().model()->match(entries().model()->index(0, 0, entries().rootIndex()), Qt::DisplayRole,
-                                            wanted, 1, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    bool select(const std::string& name, QDialog* within = nullptr) {
+        auto& entries = *(within ? within : manager.sheet())->findChild<QTreeView*>();
+        QModelIndexList found;
+        const auto isListed = [&] {
+            found = entries.model()->match(entries.model()->index(0, 0, entries.rootIndex()), Qt::DisplayRole,
+                                           QString::fromStdString(name), 1, Qt::MatchExactly | Qt::MatchCaseSensitive);
+            return !found.isEmpty();
         };
-        if (!QTest::qWaitFor([&] { return !find().isEmpty(); })) return false;
-        entries().setCurrentIndex(find().first());
+        if (!QTest::qWaitFor(isListed)) return false;
+        entries.setCurrentIndex(found.first());
         return true;
     }
     void choose(const std::string& path) {
@@ -110,25 +113,17 @@ protected:
 using Both = testing::Types<FakeChooser, QtChooser>;
 TYPED_TEST_SUITE(Choosers, Both);
 
-TYPED_TEST(Choosers, YieldTheAbsolutePathOfAHiddenFile) {
-    this->begin();
-    this->chooser.choose(this->path(".hidden"));
-    EXPECT_THAT(this->results, ElementsAre(OpenPanel::okResult));
-    EXPECT_THAT(this->urls, ElementsAre(this->path(".hidden")));
-}
-
-TYPED_TEST(Choosers, YieldNothingWhenCancelled) {
+TYPED_TEST(Choosers, YieldTheAbsolutePathOfAHiddenFileOrNothing) {
     this->begin();
     this->chooser.cancel();
-    EXPECT_THAT(this->results, ElementsAre(OpenPanel::cancelResult));
     EXPECT_THAT(this->urls, IsEmpty());
-}
-
-TYPED_TEST(Choosers, GoWithoutAResultWithTheirWindow) {
+    this->begin();
+    this->chooser.choose(this->path(".hidden"));
+    EXPECT_THAT(this->urls, ElementsAre(this->path(".hidden")));
     this->begin();
     this->chooser.window().close();
     EXPECT_FALSE(this->chooser.isShown());
-    EXPECT_THAT(this->results, IsEmpty());
+    EXPECT_THAT(this->results, ElementsAre(OpenPanel::cancelResult, OpenPanel::okResult)) << "none for the last one";
 }
 
 class QtChoosers : public Choosers<QtChooser> {
@@ -160,8 +155,8 @@ TEST_F(QtChoosers, TakeAFolderOnlyWhereOneIsWanted) {
 
 TEST_F(QtChoosers, ReturnPressesTheButtonThatHasTheFocus) {
     const auto cancel = [this] {
-        chooser.confirm("Cancel").setFocus();
-        QTest::keyClick(&chooser.confirm("Cancel"), Qt::Key_Return);
+        chooser.button("Cancel").setFocus();
+        QTest::keyClick(&chooser.button("Cancel"), Qt::Key_Return);
     };
     begin();
     ASSERT_TRUE(chooser.select(".hidden"));
@@ -190,7 +185,8 @@ TEST_F(QtChoosers, SayThatANameThatIsNoUtf8IsLeftOut) {
     ASSERT_EQ(::rename(path("x").c_str(), latin1.c_str()), 0);
     begin();
     ASSERT_TRUE(chooser.select(".hidden"));
-    EXPECT_EQ(chooser.entries().model()->rowCount(chooser.entries().rootIndex()), 1);
+    const auto& entries = *chooser.manager.sheet()->findChild<QTreeView*>();
+    EXPECT_EQ(entries.model()->rowCount(entries.rootIndex()), 1);
     bool told = false;
     for (auto* const label : chooser.manager.sheet()->findChildren<QLabel*>()) {
         told = told || (label->isVisible() && label->text().contains(QLatin1String{"UTF-8"}));
@@ -222,20 +218,14 @@ TEST_F(QtChoosers, BrowseForAnApplicationOfAnotherKind) {
     types = {"app"};
     begin();
     QDialog* const applications = chooser.manager.sheet();
-    chooser.confirm("&Browse...").click();
+    chooser.button("&Browse...").click();
     auto* const browser = applications->findChild<QDialog*>();
     ASSERT_TRUE(browser);
-    auto& entries = *browser->findChild<QTreeView*>();
-    auto& ok = *browser->findChildren<QPushButton*>().at(1);
+    const auto& ok = chooser.button("OK", browser);
     EXPECT_FALSE(ok.isEnabled());
-    const auto named = [&](const char* name) {
-        return entries.model()->match(entries.model()->index(0, 0, entries.rootIndex()), Qt::DisplayRole,
-                                      QLatin1String{name}, 1, Qt::MatchExactly);
-    };
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !named("Mail.app").isEmpty() && !named(".hidden").isEmpty(); }));
-    entries.setCurrentIndex(named(".hidden").first());
+    ASSERT_TRUE(chooser.select(".hidden", browser));
     EXPECT_FALSE(ok.isEnabled()) << "no application";
-    entries.setCurrentIndex(named("Mail.app").first());
+    ASSERT_TRUE(chooser.select("Mail.app", browser));
     QTest::keyClick(browser, Qt::Key_Return);
     EXPECT_THAT(urls, ElementsAre(path("Mail.app")));
     EXPECT_FALSE(chooser.isShown());
