@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 namespace letterloft {
 
@@ -38,7 +39,7 @@ void QtOutlineState::restore(QTreeView& view, const QtOutlineModel& model) const
 
 std::vector<QtOutlineState::Key> QtOutlineState::keysBelow(const QtOutlineModel& model, const QModelIndex& parent) {
     std::vector<Key> keys;
-    std::map<std::string, int> seen;
+    std::unordered_map<std::string, int> seen;
     for (int place = 0; place < model.rowCount(parent); ++place) {
         const std::string text = model.item(model.index(place, 0, parent)).value_or(std::string{});
         keys.emplace_back(text, seen[text]++);
@@ -49,10 +50,12 @@ std::vector<QtOutlineState::Key> QtOutlineState::keysBelow(const QtOutlineModel&
 std::vector<QtOutlineState::OpenRow> QtOutlineState::openRowsBelow(const QTreeView& view, const QtOutlineModel& model,
                                                                    const QModelIndex& parent) {
     std::vector<OpenRow> rows;
-    const auto keys = keysBelow(model, parent);
-    for (std::size_t place = 0; place < keys.size(); ++place) {
-        const QModelIndex row = model.index(static_cast<int>(place), 0, parent);
-        if (view.isExpanded(row)) rows.push_back({keys[place], openRowsBelow(view, model, row)});
+    std::vector<Key> keys; // most rows have none open below them
+    for (int place = 0; place < model.rowCount(parent); ++place) {
+        const QModelIndex row = model.index(place, 0, parent);
+        if (!view.isExpanded(row)) continue;
+        if (keys.empty()) keys = keysBelow(model, parent);
+        rows.push_back({keys[static_cast<std::size_t>(place)], openRowsBelow(view, model, row)});
     }
     return rows;
 }
