@@ -8,7 +8,8 @@ import unittest
 
 from desktop import Application, DesktopTest, Gio, GLib, wait_for
 
-WINDOW, QUESTION = "Manage Accounts", "Letterloft"
+WINDOW, QUESTION = "Manage Accounts", "Letterloft"  # the notice is titled as the questions are
+ADD_APP, ADD_FILE = "Select a new app", "Select File Or Folder"
 STAMP = re.compile(r"\d{8}-\d\d\.\d\d\.\d\d?")
 # From nothing selected, or anything, to the first of at least two rows.
 TO_FIRST_ROW = ["Down"] * 3 + ["Up"] * 5
@@ -46,8 +47,8 @@ class ManagerTest(DesktopTest):
         if answer:
             self.press(answer)
 
-    def close_window(self, program):
-        self.desktop.output("xdotool", "key", "alt+F4")
+    def close_window(self, program, key="alt+F4"):
+        self.desktop.output("xdotool", "key", key)
         wait_for(lambda: not self.desktop.windows(program.process), "the end of the window")
 
     def wait_for_settings(self, expected):
@@ -93,14 +94,14 @@ class Applications(ManagerTest):
         self.desktop.write(os.path.join(self.desktop.account_folder("B"), "prefs"), "prefs of B")
         self.desktop.set_settings({**self.desktop.settings(), "Apps": [notes.entry, gone], gone: []})
         program = self.open()
-        self.press("alt+p", then="Select a new app")
+        self.press("alt+p", then=ADD_APP)
         self.type("added", "Return")
         self.wait_for_settings({"Apps": [notes.entry, gone, added], added: []})
         self.wait_for_focus(WINDOW)
         self.press("alt+m", *TO_FIRST_ROW, "Down", "Down", "space")
         self.wait_for_settings({"Autostart Apps": [added]})
-        self.press("alt+f", then="Select File Or Folder")
-        self.press("alt+f", "ctrl+a", then="Select File Or Folder")
+        self.press("alt+f", then=ADD_FILE)
+        self.press("alt+f", "ctrl+a", then=ADD_FILE)
         self.type(os.path.dirname(file), "Return", "Tab", "Tab")
         # The folder is listed when it has been read, which is not to be seen from outside.
         choose = ["xdotool", "key", "p", "Return"]
@@ -124,6 +125,19 @@ class Applications(ManagerTest):
         self.assert_support({"A": None, "B": None, **backups})
         self.assertEqual(self.desktop.tree(notes.item), {"mail": "mail of A"})
         self.assertEqual(self.desktop.read(file), "prefs of A")
+        self.assertEqual(program.end(), 0)
+
+    def test_the_notice_is_seen_without_the_window_and_leaves_it_closed(self):
+        self.prepare(("A", "B"))
+        program, before = self.open(), self.desktop.settings()
+        self.press("alt+p", then=ADD_APP)
+        self.type("notes", "Return")
+        self.wait_for_focus(QUESTION)
+        self.assertEqual(len(self.desktop.windows(program.process)), 1)
+        self.close_window(program, "Return")
+        program.choose("Manage Accounts...")
+        self.wait_for_focus(WINDOW)
+        self.assertEqual(self.desktop.settings(), before)
         self.assertEqual(program.end(), 0)
 
 
@@ -154,14 +168,16 @@ class Reset(ManagerTest):
 
 class OpenQuestion(ManagerTest):
     def end_with_each_question(self, end):
-        """The end with each of the three questions open: an orderly one that answers none of them."""
+        """The end with each kind of sheet open: an orderly one that answers none of them."""
         gone = "/nowhere/gone.desktop"
         application = self.prepare(Apps=["/nowhere/first.desktop", gone])
         self.desktop.set_settings({**self.desktop.settings(), gone: [application.item]})
         before = self.state(application)
-        for keys in (["alt+r"], [*TO_FIRST_ROW, "Down", "Delete"], ["alt+m", *TO_FIRST_ROW, "Down", "Delete"]):
+        second_row = [*TO_FIRST_ROW, "Down"]
+        for sheet, *keys in ((QUESTION, "alt+r"), (QUESTION, *second_row, "Delete"), (ADD_APP, "alt+p"),
+                             (QUESTION, "alt+m", *second_row, "Delete"), (ADD_FILE, "alt+m", *second_row, "alt+f")):
             program = self.open()
-            self.ask(*keys)
+            self.press(*keys, then=sheet)
             end(program)
             self.assertEqual(program.exit_status(), 0, program.log())
             self.assertEqual(self.state(application), before, program.log())
@@ -206,16 +222,19 @@ class ScreenReader(ManagerTest):
         application = self.prepare(("A", "B"))
         self.desktop.set_settings({**self.desktop.settings(), "Apps": [application.entry, "/nowhere/gone.desktop"]})
         program = self.open(QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
-        self.act("push button", "Add account")
-        self.wait_for_settings({"Accounts": ["A", "B", "Default User"]})
-        self.thing("cell", "Default User")
         self.assertNotIn(("tree item", "Launch after a switch: checked"), self.things())
         self.press("alt+m", *TO_FIRST_ROW, "space")
         self.thing("tree item", "Launch after a switch: checked")
         self.wait_for_settings({"Autostart Apps": [application.entry]})
         self.act("push button", "Stop managing")
         self.wait_for_focus(QUESTION)
+        # A screen reader presses what is behind the question too. What is asked for twice is asked once.
+        self.act("push button", "Stop managing")
+        self.act("push button", "Add account")
+        self.wait_for_settings({"Accounts": ["A", "B", "Default User"]})
+        self.thing("cell", "Default User")
         self.act("push button", "OK")
+        self.wait_for_focus(WINDOW)
         self.wait_for_settings({"Apps": ["/nowhere/gone.desktop"], "Autostart Apps": []})
         self.assertEqual(program.end(), 0)
 
