@@ -2,6 +2,7 @@
 
 #include "platform/linux/DesktopEntries.h"
 #include "platform/linux/Interpreter.h"
+#include "platform/linux/LaunchingPrograms.h"
 #include "storage/SupportFolder.h"
 
 #include <algorithm>

@@ -8,7 +8,8 @@ namespace letterloft {
 // What a shell script starts, as far as can be told without running it: plain assignments, "$0" and the usual ways of
 // telling the script's own folder are followed, conditions are not (every branch counts), sourced files are not read.
 struct ShellCommand {
-    // The program first; what can't be told is left out, but a program of which nothing can be told is empty.
+    // The program first; what can't be told is left out, but a program of which nothing can be told is empty. No words
+    // where the arguments handed on are all there is.
     std::vector<std::string> words;
 
     int place = 0; // in the order of the script; the values of one command share theirs

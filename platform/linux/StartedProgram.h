@@ -4,7 +4,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace letterloft {
@@ -27,16 +26,15 @@ struct StartedProgram {
     std::optional<ProgramFileIdentity> identity;
     std::string interpreter;
     std::string name;
-    std::vector<std::string> arguments;
+    std::vector<std::string> arguments; // as far as they can be told
+
+    // Whether the two are the same program; `arguments` may still differ.
+    bool isSameProgramAs(const StartedProgram& other) const;
 
     // A shell that starts the program, which follows in the list where it could be told.
     bool isWrapper() const { return kind == Kind::shellText || (kind == Kind::script && isShellScript); }
     bool isShellScript = false;
 };
-
-// Whether a program of that name is something that scripts call on the side (a pause, a notice, a debugger), never what
-// they are there to start.
-bool isBystander(std::string_view name);
 
 // Everything that may be running once `command` (program first) has been started, wrappers included. Empty for a
 // program that is not there.
