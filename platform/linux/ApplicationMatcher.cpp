@@ -121,7 +121,10 @@ bool ApplicationMatcher::isInBundle(const std::string& file) const {
 bool ApplicationMatcher::runs(const StartedProgram& program, const Process& process, const ProcessTable& table) const {
     switch (program.kind) {
     case Kind::executable:
-        return runsFile(process, program.file, program.identity);
+        if (runsFile(process, program.file, program.identity)) return true;
+        // The file can't be asked any more whether it was an AppImage.
+        return !program.identity && !process.appImage.empty() &&
+               canonicalPathOfMissing(process.appImage) == program.file;
     case Kind::script:
         return runsScript(process, program, table);
     case Kind::shellText:
@@ -180,6 +183,8 @@ bool ApplicationMatcher::isMarked(const Process& process, const ProcessTable& ta
 bool ApplicationMatcher::isMarkedForAnother(const Process& process) const {
     if (entry_.kind != ApplicationEntry::Kind::desktopEntry) return false;
     if (process.launchMark.empty() || entry_.isDesktopFile(process.launchMark)) return false;
+    // An entry that has been removed or renamed since, as by an upgrade, says nothing.
+    if (!isSomething(process.launchMark)) return false;
     return !startsTheSame(ApplicationEntry::at(process.launchMark));
 }
 
@@ -196,7 +201,12 @@ bool ApplicationMatcher::isGuest() const {
 }
 
 bool ApplicationMatcher::startsTheSame(const ApplicationEntry& other) const {
-    return !other.command.empty() && other.command == entry_.command;
+    const auto others = programsStartedBy(other.command);
+    return std::any_of(programs_.begin(), programs_.end(), [&](const auto& own) {
+        return std::any_of(others.begin(), others.end(), [&](const auto& one) {
+            return own.isSameProgramAs(one) && (other.noDisplay || own.arguments == one.arguments);
+        });
+    });
 }
 
 bool ApplicationMatcher::isOfApplication(const Process& process, const Process& main, const ProcessTable& table) const {

@@ -35,7 +35,8 @@ public:
     // Whether it is something that another program, a browser, shows in a window of its own.
     bool isGuest() const;
 
-    // Whether `other` would start the very same thing, as a copy of the entry in another folder does.
+    // Whether `other` starts the same program in the same way, as a copy of the entry in another folder does; or in any
+    // way where it is in no menu, and so only there for what the program opens.
     bool startsTheSame(const ApplicationEntry& other) const;
 
     // Whether `process`, a child of a process of the application whose program is `main`, is of the application too.
