@@ -63,7 +63,7 @@ void InstanceSearch::collectPrograms() {
     for (const auto& [pid, process] : table_.processes()) {
         // The class is a name that anybody's windows may have; it counts where nothing better tells the program.
         const bool isMatch = matcher_.runsProgram(process, table_) ||
-                             (!windowClass.empty() && !matcher_.isFullyTold() && hasWindowNamed(process, windowClass));
+                             (!windowClass.empty() && !matcher_.isFullyTold() && showsItself(process, windowClass));
         if (isMatch && !matched_.contains(pid) && !isOfAnotherEntry(process)) matched_.insert(pid);
         if (matcher_.isWrapper(process, table_) && !matcher_.isMarkedForAnother(process)) wrappers_.emplace(pid, 0);
     }
@@ -142,7 +142,7 @@ const Process* InstanceSearch::topOf(const Process& process) const {
     const Process* top = &process;
     for (const Process* ancestor : table_.ancestorsOf(process)) {
         const bool isLink =
-            matched_.contains(ancestor->identity.pid) ||
+            matched_.contains(ancestor->identity.pid) || ancestor->isClosed ||
             (ancestor->executableIdentity && ancestor->executableIdentity == process.executableIdentity);
         if (!isLink) break;
         if (matched_.contains(ancestor->identity.pid)) top = ancestor;
@@ -198,6 +198,15 @@ bool InstanceSearch::showsWindowOfAnotherEntry(const Process& process) const {
         return !entry.isDesktopFile(other.path) && !matcher_.startsTheSame(other) &&
                another.runsProgram(process, table_) && !another.isGuest();
     });
+}
+
+// A browser that shows a guest beside windows of its own is not the guest's to end.
+bool InstanceSearch::showsItself(const Process& process, const std::string& name) const {
+    const auto [first, last] = windows_.equal_range(process.identity.pid);
+    const auto isNamed = [&](const auto& window) {
+        return window.second.className == name || window.second.instanceName == name;
+    };
+    return matcher_.isGuest() ? first != last && std::all_of(first, last, isNamed) : std::any_of(first, last, isNamed);
 }
 
 bool InstanceSearch::hasWindowNamed(const Process& process, const std::string& name) const {

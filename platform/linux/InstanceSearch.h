@@ -40,6 +40,7 @@ private:
     const Process* topOf(const Process& process) const;
     bool isOfAnotherEntry(const Process& process) const;
     bool showsWindowOfAnotherEntry(const Process& process) const;
+    bool showsItself(const Process& process, const std::string& name) const;
     bool hasWindowNamed(const Process& process, const std::string& name) const;
     bool ownsWindow(const Process& process) const;
     void collectOthers(const Process& program, const Process& parent, std::set<pid_t>& taken, Found& found) const;

@@ -99,6 +99,14 @@ void readEnvironment(const std::string& environment, Process& process) {
         process.appImage = valueIn(environment, "APPIMAGE");
 }
 
+void readClosed(Process& process) {
+    process.isClosed = true;
+    const auto program = programInPath(process.arguments.front());
+    if (!program) return;
+    process.executable = canonicalPathOfMissing(*program);
+    process.executableIdentity = identityOfFile(process.executable);
+}
+
 } // namespace
 
 ProcessTable::ProcessTable(uid_t user, std::string root, const StartTimes& known) : root_{std::move(root)} {
@@ -140,6 +148,7 @@ std::optional<Process> ProcessTable::read(pid_t pid, uid_t user, const StartTime
     const std::string arguments = headOfFile(file(pid, "cmdline"), longestArguments).value_or("");
     for (const auto argument : split(arguments, '\0'))
         process.arguments.emplace_back(argument);
+    if (process.executable.empty() && !process.arguments.empty()) readClosed(process);
     readEnvironment(headOfFile(file(pid, "environ"), longestEnvironment).value_or(""), process);
     return process;
 }

@@ -25,6 +25,7 @@ struct Process {
     std::string executable;
     std::optional<ProgramFileIdentity> executableIdentity;
     bool executableIsGone = false; // removed or replaced since, as by an upgrade
+    bool isClosed = false;         // may not be looked into (prctl(2), PR_SET_DUMPABLE): told by its own name alone
 
     std::vector<std::string> arguments; // the program's own name first
 
