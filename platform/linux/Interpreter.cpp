@@ -26,7 +26,7 @@ const std::vector<Usage>& usages() {
         {"ruby", {"-e"}, {"-I", "-r", "-C", "-E"}},
         {"node", {"-e", "-p", "--eval", "--print"}, {"-r", "--require", "-C", "--import"}},
         {"nodejs", {"-e", "-p", "--eval", "--print"}, {"-r", "--require", "-C", "--import"}},
-        {"gjs", {"-c", "-m"}, {"-I", "--include-path"}},
+        {"gjs", {"-c"}, {"-I", "--include-path"}},
         {"php", {"-r"}, {"-c", "-d"}},
         {"lua", {"-e"}, {"-l"}},
         {"mono", {}, {}},
