@@ -1,5 +1,8 @@
 #include "platform/linux/DisplayConnections.h"
 
+#include "platform/linux/ProgramFiles.h"
+
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -11,6 +14,7 @@
 #include <linux/unix_diag.h>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
@@ -87,17 +91,36 @@ std::optional<ClientSockets> displayClientSockets() {
     return clients;
 }
 
+// A display reached over TCP, as from `ssh -X`, listens on one of the ports 6000 to 6063 (IANA, "x11").
+void addRemoteDisplays(pid_t pid, ClientSockets& clients) {
+    constexpr std::size_t longest = std::size_t{1} << 22;
+    for (const char* table : {"/net/tcp", "/net/tcp6"}) {
+        std::istringstream lines{headOfFile("/proc/" + std::to_string(pid) + table, longest).value_or("")};
+        for (std::string line; std::getline(lines, line);) {
+            std::istringstream fields{line};
+            std::string slot, local, remote, skipped;
+            std::uint32_t inode = 0;
+            fields >> slot >> local >> remote;
+            for (int i = 0; i < 6; ++i)
+                fields >> skipped;
+            fields >> inode;
+            const std::string port = remote.substr(std::min(remote.rfind(':'), remote.size() - 1) + 1);
+            if (fields && port >= "1770" && port <= "17AF") clients[inode] = Display::x11;
+        }
+    }
+}
+
 } // namespace
 
 DisplayConnections DisplayConnections::ofProcess(pid_t pid) {
-    const std::optional<ClientSockets> clients = displayClientSockets();
+    std::optional<ClientSockets> clients = displayClientSockets();
     if (!clients) return {};
+    addRemoteDisplays(pid, *clients);
     std::error_code failure;
     std::filesystem::directory_iterator descriptor{"/proc/" + std::to_string(pid) + "/fd", failure};
     if (failure) return {};
     DisplayConnections connections{.x11 = false, .wayland = false};
     for (; descriptor != std::filesystem::directory_iterator{}; descriptor.increment(failure)) {
-        if (failure) return {};
         std::error_code gone; // a descriptor closed since is no connection
         const std::string target = std::filesystem::read_symlink(descriptor->path(), gone).string();
         if (target.rfind("socket:[", 0) != 0) continue;
@@ -105,7 +128,7 @@ DisplayConnections DisplayConnections::ofProcess(pid_t pid) {
         if (client == clients->end()) continue;
         (client->second == Display::x11 ? connections.x11 : connections.wayland) = true;
     }
-    return connections;
+    return failure ? DisplayConnections{} : connections;
 }
 
 } // namespace letterloft
