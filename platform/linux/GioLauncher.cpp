@@ -2,6 +2,7 @@
 
 #include "platform/linux/ApplicationEntry.h"
 #include "platform/linux/GlibPointers.h"
+#include "platform/linux/SessionBusAddress.h"
 #include "storage/SupportFolder.h"
 #include "storage/Text.h"
 
@@ -34,6 +35,25 @@ private:
     int descriptor_;
 };
 
+// GLib would start a session bus of its own to launch by where none is announced; an empty address keeps it from that.
+class NoBusOfItsOwn {
+public:
+    NoBusOfItsOwn() : isNeeded_{!isSessionBusAnnounced()}, former_{g_strdup(g_getenv(variable))} {
+        if (isNeeded_) g_setenv(variable, "", TRUE);
+    }
+    ~NoBusOfItsOwn() {
+        if (isNeeded_ && former_) g_setenv(variable, former_.get(), TRUE);
+        if (isNeeded_ && !former_) g_unsetenv(variable);
+    }
+    NoBusOfItsOwn(const NoBusOfItsOwn&) = delete;
+    NoBusOfItsOwn& operator=(const NoBusOfItsOwn&) = delete;
+
+private:
+    static constexpr const char* variable = "DBUS_SESSION_BUS_ADDRESS";
+    bool isNeeded_;
+    GlibPointer<gchar> former_;
+};
+
 // Runs in the new process between fork and exec, where only async-signal-safe calls are allowed (signal-safety(7)).
 void detachFromUs(gpointer /*data*/) {
     setsid();
@@ -60,7 +80,8 @@ Status startEntry(const std::string& path, pid_t& pid) {
     if (!info) return Status::failure("The desktop entry at " + path + " can't be started");
     const GObjectPointer<GAppLaunchContext> context{g_app_launch_context_new()};
     for (const char* mark : marksOfOurOwnStart)
-        g_app_launch_context_unsetenv(context.get(), mark);
+        g_app_launch_context_unsetenv(context.get(), mark); // from here on it has an environment of its own
+    const NoBusOfItsOwn noBus;
     const NullDevice null;
     GError* error = nullptr;
     const bool started = g_desktop_app_info_launch_uris_as_manager_with_fds(
