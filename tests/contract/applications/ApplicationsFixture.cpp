@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <unistd.h>
 
 namespace letterloft {
 
@@ -18,7 +19,9 @@ std::string Applications::program(const std::string& place) const {
 }
 
 std::string Applications::entry(const std::string& id, const std::string& exec, const std::string& more) const {
-    return desktop_.write("share/applications/" + id + ".desktop",
+    const bool isName = id.find('.') != std::string::npos;
+    const std::string own = isName ? id : id + "-" + std::to_string(getpid());
+    return desktop_.write("share/applications/" + own + ".desktop",
                           "[Desktop Entry]\nType=Application\nName=Mail\nExec=" + exec + "\n" + more + "\n");
 }
 

@@ -27,7 +27,8 @@ protected:
     // A copy of the test's application at that place in the home; never the same file twice.
     std::string program(const std::string& place) const;
 
-    // A desktop entry in the home's applications folder.
+    // A desktop entry in the home's applications folder. Its id is not that of another test's, running meanwhile,
+    // unless it is a name on the bus.
     std::string entry(const std::string& id, const std::string& exec, const std::string& more = "") const;
 
     // Starts a command and waits until `processes` of it are up; gives their process ids, in the order they told them.

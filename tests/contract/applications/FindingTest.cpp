@@ -26,34 +26,24 @@ TEST_F(Found, ByTheExecutableHoweverItIsCalled) {
     const pid_t linked = started({desktop_.home() + "/bin/linked"});
     const pid_t pointing = started({desktop_.home() + "/bin/pointing"});
     started({program("elsewhere/mailer")}); // the same bytes are not the same program
+    EXPECT_EQ(instances(mailer).size(), 4u);
     EXPECT_EQ(quit(entry("mail", mailer + " %u")), (Pids{direct, second, linked, pointing}));
 }
 
-TEST_F(Found, AsAnExecutableOfItsOwn) {
-    const std::string mailer = program("a folder/mailer");
-    const pid_t direct = started({mailer});
-    started({program("other")});
-    EXPECT_EQ(quit(mailer), Pids{direct});
-}
-
-TEST_F(Found, WhenItsProgramHasBeenUpgradedMeanwhile) {
+TEST_F(Found, WhenItsProgramHasBeenUpgradedOrRemovedMeanwhile) {
     const std::string mailer = program("bin/mailer");
-    const pid_t before = started({mailer});
+    const pid_t upgraded = started({mailer});
     std::filesystem::rename(program("bin/mailer.new"), mailer);
-    const pid_t after = started({mailer});
-    EXPECT_EQ(quit(entry("mail", mailer)), (Pids{before, after}));
-}
-
-TEST_F(Found, WhenItsProgramHasBeenRemovedMeanwhile) {
-    const std::string mailer = program("bin/mailer");
+    const pid_t latest = started({mailer});
+    EXPECT_EQ(quit(entry("mail", mailer)), (Pids{upgraded, latest}));
     const pid_t before = started({mailer});
     std::filesystem::remove(mailer);
     started({program("bin/other")});
     const std::string removed = program("bin/removed");
     const pid_t ofEntry = started({removed});
     std::filesystem::remove(removed);
-    EXPECT_EQ(quit(entry("removed", removed + " %u")), Pids{ofEntry});
-    EXPECT_EQ(quit(mailer), (Pids{before, ofEntry}));
+    EXPECT_EQ(quit(entry("removed", removed + " %u")), (Pids{upgraded, latest, ofEntry}));
+    EXPECT_EQ(quit(mailer), (Pids{upgraded, latest, before, ofEntry}));
     EXPECT_NE(log_.text.find("There is no application at " + mailer), std::string::npos);
 }
 
@@ -66,9 +56,11 @@ TEST_F(Found, WhenItsNameLooksLikeThatOfARemovedProgram) {
 
 TEST_F(Found, ThroughLaunchersInItsExecLine) {
     const std::string mailer = program("bin/mailer");
+    const std::string launcher = desktop_.write("bin/quietly", "#!/bin/sh\nA=1 exec \"$@\"\n", 0755);
     for (const std::string& exec :
          {"env MODE=quiet -u LANG " + mailer + " %U", "nice -n 1 " + mailer, "sh -c \"exec " + mailer + " %f\"",
-          "sh -c \"cd / && " + mailer + "\"", "env -- nohup \"" + mailer + "\"", "/bin/sh -c '" + mailer + "; true'"}) {
+          "sh -c \"cd / && " + mailer + "\"", launcher + " " + mailer + " %u", "env -- nohup \"" + mailer + "\"",
+          "/bin/sh -c '" + mailer + "; true'"}) {
         const pid_t direct = started({mailer});
         EXPECT_TRUE(quit(entry("mail", exec)).contains(direct)) << exec;
     }
@@ -106,6 +98,25 @@ TEST_F(Found, BelowAWrapperThatHasGone) {
     EXPECT_EQ(quit(entry("mail", wrapper)), Pids{left});
 }
 
+TEST_F(Found, AsWhatAnAppImageHolds) {
+    const std::string image = desktop_.write("mail.AppImage",
+                                             "\x7f"
+                                             "ELF\2\1\1 AI\2 ",
+                                             0755);
+    const std::string folder = desktop_.home() + "/mount";
+    const std::string inside = program("mount/usr/bin/mailer");
+    const auto startFrom = [&](const std::string& file) {
+        return started({"env", "APPDIR=" + folder, "APPIMAGE=" + file, inside});
+    };
+    startFrom(desktop_.home() + "/other.AppImage");
+    started({"env", "APPDIR=" + folder, "APPIMAGE=" + image, program("bin/browser")}); // started from inside
+    const pid_t before = startFrom(image);
+    EXPECT_EQ(quit(image), Pids{before});
+    const pid_t left = startFrom(image);
+    std::filesystem::remove(image);
+    EXPECT_EQ(quit(entry("mail", image)), (Pids{before, left}));
+}
+
 TEST_F(Found, AsTheScriptThatAnInterpreterRuns) {
     const std::string text = "#!/usr/bin/env python3\nimport os, sys, time\n"
                              "print('ready', os.getpid(), flush=True)\nos.chdir('/')\ntime.sleep(1000)\n";
@@ -135,14 +146,19 @@ TEST_F(Found, ExceptWhatIsMarkedForAnotherEntry) {
     const std::string mailer = program("bin/mailer");
     const std::string mail = entry("mail", mailer);
     const std::string other = entry("other", mailer + " --profile other");
+    const std::string handler = entry("handler", mailer + " --compose %u", "NoDisplay=true"); // of links
     const std::string copy =
         desktop_.write("autostart/copy.desktop", "[Desktop Entry]\nType=Application\nExec=" + mailer);
     const pid_t own = started(withMark(mail, mailer));
     const pid_t copied = started(withMark(copy, mailer)); // another file, but the very same thing
+    const pid_t handling = started(withMark(handler, mailer));
+    const pid_t renamed = started(withMark(desktop_.home() + "/share/applications/former.desktop", mailer));
     const pid_t unmarked = started({mailer});
     const pid_t others = started(withMark(other, mailer));
-    EXPECT_EQ(quit(mail), (Pids{own, copied, unmarked}));
-    EXPECT_EQ(quit(other), (Pids{own, copied, unmarked, others}));
+    const Pids all{own, copied, handling, renamed, unmarked};
+    EXPECT_EQ(quit(mail), all);
+    EXPECT_FALSE(all.contains(others));
+    EXPECT_TRUE(quit(other).contains(others));
 }
 
 TEST_F(Found, InABundleWhicheverOfItsProgramsRuns) {
@@ -216,6 +232,14 @@ TEST_F(FoundOnDesktop, NeverByTheClassAloneWhereTheProgramIsKnown) {
     const pid_t own = started({mailer, "windows=1", "on-close=close"});
     started({speaking("elsewhere/mailer"), "windows=1", "on-close=close"});
     EXPECT_EQ(quit(entry("mail", mailer, "StartupWMClass=Tester")), Pids{own});
+}
+
+TEST_F(FoundOnDesktop, AsAPageOnlyWhereItsBrowserShowsNothingElse) {
+    const std::string browser = speaking("bin/browser");
+    const std::string page = entry("page", browser + " --app-id=abc", "StartupWMClass=Tester");
+    started({browser, "windows=2", "class=Browser", "on-close=close"});
+    const pid_t shown = started({browser, "windows=1", "on-close=close"});
+    EXPECT_EQ(quit(page), Pids{shown});
 }
 
 TEST_F(FoundOnDesktop, ExceptWhatShowsTheWindowsOfAnotherEntry) {

@@ -1,6 +1,7 @@
 // Over a folder that looks like /proc: what the real one can't be made to show at will.
 #include "platform/linux/ProcessTable.h"
 #include "platform/linux/ApplicationMatcher.h"
+#include "platform/linux/InstanceSearch.h"
 #include "tests/contract/applications/ApplicationsFixture.h"
 
 #include <filesystem>
@@ -78,6 +79,44 @@ TEST_F(Table, TellsWhatAUnitWasMadeFor) {
     };
     EXPECT_EQ(marked(plain), std::set<pid_t>{10}); // elsewhere its executable tells
     EXPECT_EQ(marked(wrapped), (std::set<pid_t>{10, 20}));
+}
+
+TEST_F(Table, TellsWhatRunsInASandbox) {
+    put(10, "10 (bwrap) " + fields('S', 1, 10, "10"));
+    put(11, "11 (mail) " + fields('S', 10, 10, "11"));
+    for (const char* pid : {"10", "11"})
+        desktop_.write(std::string{"proc/"} + pid + "/root/.flatpak-info", "[Application]\nname=org.example.Mail\n");
+    std::filesystem::create_symlink("/usr/bin/bwrap", desktop_.home() + "/proc/10/exe");
+    put(20, "20 (mail) " + fields('S', 1, 20, "20"), "snap.mail.mail-12ab.scope");
+    put(21, "21 (other) " + fields('S', 1, 21, "21"), "snap.mail-other.mail-12ab.scope");
+    const auto run = [this](const std::string& exec) {
+        const ApplicationMatcher matcher{ApplicationEntry::at(entry("mail", exec))};
+        const ProcessTable read = table();
+        std::set<pid_t> pids;
+        for (const auto& [pid, process] : read.processes())
+            if (matcher.runsProgram(process, read)) pids.insert(pid);
+        return pids;
+    };
+    EXPECT_EQ(run("flatpak run --branch=stable org.example.Mail"), std::set<pid_t>{11});
+    EXPECT_EQ(run("env A=/b snap run mail.desktop"), std::set<pid_t>{20});
+}
+
+// As what keeps secrets, and as the pages of a browser behind its own sandbox, which are no instances of it.
+TEST_F(Table, TellsWhatMayNotBeLookedIntoByItsName) {
+    const std::string browser = program("bin/browser");
+    put(10, "10 (browser) " + fields('S', 1, 10, "10"));
+    put(11, "11 (sandbox) " + fields('S', 10, 10, "11"));
+    put(12, "12 (browser) " + fields('S', 11, 10, "12"));
+    desktop_.write("proc/10/cmdline", browser + '\0');
+    desktop_.write("proc/11/cmdline", program("bin/sandbox") + '\0');
+    desktop_.write("proc/12/cmdline", browser + '\0' + "--page" + '\0');
+    const ApplicationMatcher matcher{ApplicationEntry::at(browser)};
+    const ProcessTable read = table();
+    bus_ = std::make_unique<SessionBus>(log_);
+    XWindows windows;
+    const auto found = InstanceSearch{matcher, read, *bus_, windows}.instances();
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].program, read.find(10));
 }
 
 TEST(UnitOfApplication, IsNamedAsSystemdSays) {

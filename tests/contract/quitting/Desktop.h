@@ -17,6 +17,8 @@ public:
 
     pid_t pid() const { return pid_; }
 
+    int output() const { return output_; }
+
     // Waits for the next line; empty at the end of the program's output.
     std::string line();
 

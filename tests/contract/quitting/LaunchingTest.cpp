@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <gio/gio.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -47,14 +46,10 @@ protected:
 
     // The lines up to this one, which is waited for.
     const std::vector<std::string>& reportUntil(const std::string& last) {
-        std::string line;
-        for (char c = 0; line != last && read(reports, &c, 1) == 1;) {
-            if (c != '\n') {
+        for (std::string line; line != last; seen.push_back(line)) {
+            line.clear();
+            for (char c = 0; read(reports, &c, 1) == 1 && c != '\n';)
                 line += c;
-                continue;
-            }
-            seen.push_back(line);
-            if (line != last) line.clear();
         }
         return seen;
     }
@@ -91,60 +86,15 @@ protected:
     std::vector<std::string> seen;
 };
 
-// The part of the systemd user manager that is asked for a scope.
-class TestSystemd {
-public:
-    TestSystemd() {
-        connection_ =
-            g_dbus_connection_new_for_address_sync(std::getenv("DBUS_SESSION_BUS_ADDRESS"),
-                                                   GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                                        G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-                                                   nullptr, nullptr, nullptr);
-        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(
-            "<node><interface name='org.freedesktop.systemd1.Manager'><method name='StartTransientUnit'>"
-            "<arg type='s' direction='in'/><arg type='s' direction='in'/><arg type='a(sv)' direction='in'/>"
-            "<arg type='a(sa(sv))' direction='in'/><arg type='o' direction='out'/></method></interface></node>",
-            nullptr);
-        static constexpr GDBusInterfaceVTable table = {&TestSystemd::called, nullptr, nullptr, {}};
-        g_dbus_connection_register_object(connection_, "/org/freedesktop/systemd1", node->interfaces[0], &table, this,
-                                          nullptr, nullptr);
-        g_dbus_node_info_unref(node);
-        g_variant_unref(g_dbus_connection_call_sync(connection_, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                                    "org.freedesktop.DBus", "RequestName",
-                                                    g_variant_new("(su)", "org.freedesktop.systemd1", 4U), nullptr,
-                                                    G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-    }
-    ~TestSystemd() { g_object_unref(connection_); }
-    TestSystemd(const TestSystemd&) = delete;
-    TestSystemd& operator=(const TestSystemd&) = delete;
-
-    // Waits for a request: its unit and properties as text.
-    const std::string& request() {
-        while (request_.empty())
-            g_main_context_iteration(nullptr, TRUE);
-        return request_;
-    }
-
-private:
-    static void called(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant* arguments,
-                       GDBusMethodInvocation* invocation, gpointer self) {
-        gchar* text = g_variant_print(arguments, FALSE);
-        static_cast<TestSystemd*>(self)->request_ = text;
-        g_free(text);
-        g_dbus_method_invocation_return_value(invocation, g_variant_new("(o)", "/job"));
-    }
-
-    GDBusConnection* connection_;
-    std::string request_;
-};
-
 } // namespace
 
 using LaunchOfEntry = Launching;
 
 TEST_F(LaunchOfEntry, FillsTheFieldCodesAndDetachesTheProgram) {
     const int leak = dup(STDERR_FILENO); // as a library might leave one behind
-    const std::string path = entry(reportingExec("\"two words\" %u %% --name %c %k"));
+    const std::string program = desktop.write("my programs/go", "#!/bin/sh\nexec \"$@\"\n", 0700);
+    const std::string path =
+        entry("Exec=\"" + program + "\" " + reportingExec("\"two words\" %u %% --name %c %k").substr(5));
     ASSERT_TRUE(launcher.launchApplication(path));
     reportUntil("ready");
     const std::vector<std::string> arguments = {"two words", "%", "--name", "The Tester", path};
@@ -154,14 +104,6 @@ TEST_F(LaunchOfEntry, FillsTheFieldCodesAndDetachesTheProgram) {
     EXPECT_TRUE(reported("mark " + pidReported()));
     expectDetached();
     close(leak);
-}
-
-TEST_F(LaunchOfEntry, StartsAProgramInAFolderWithBlanks) {
-    const std::string program = desktop.write("my programs/go", "#!/bin/sh\nexec \"$@\"\n", 0700);
-    EXPECT_TRUE(
-        launcher.launchApplication(entry("Exec=\"" + program + "\" \"" + testProgram + "\" \"report=" + fifo + "\"")));
-    reportUntil("ready");
-    expectDetached();
 }
 
 TEST_F(LaunchOfEntry, InATerminalOnlyIfThereIsOne) {
@@ -185,42 +127,49 @@ TEST_F(LaunchOfEntry, IsRefusedWithTheReason) {
     expectRefused(desktop.home() + "/share/applications/missing.desktop", "No such file");
 }
 
-TEST_F(LaunchOfEntry, ByTheBusReachesAProgramThatRuns) {
-    desktop.startBus();
-    Started running{{testProgram, std::string{"bus="} + id, "name"}};
-    EXPECT_EQ(running.line(), "ready");
-    ASSERT_TRUE(launcher.launchApplication(entry("Exec=/bin/false\nDBusActivatable=true")));
-    EXPECT_EQ(running.line(), "activated"); // sent, though no event loop has run since
-}
-
-TEST_F(LaunchOfEntry, ByTheBusStartsItsService) {
+TEST_F(LaunchOfEntry, ByTheBusReachesWhatRunsElseItsServiceElseIsRefusedAtOnce) {
     desktop.write("share/dbus-1/services/tester.service", std::string{"[D-BUS Service]\nName="} + id + "\nExec=\"" +
                                                               testProgram + "\" bus=" + id + " name \"report=" + fifo +
                                                               "\"\n");
     desktop.startBus();
-    ASSERT_TRUE(launcher.launchApplication(entry("Exec=/bin/false\nDBusActivatable=true")));
+    expectRefused(entry("Exec=/bin/true\nDBusActivatable=true", "org.letterloft.Nobody"), "session bus");
+    const std::string path = entry("Exec=/bin/false\nDBusActivatable=true");
+    Started running{{testProgram, std::string{"bus="} + id, "name", "sigterm=handle"}};
+    EXPECT_EQ(running.line(), "ready");
+    ASSERT_TRUE(launcher.launchApplication(path));
+    EXPECT_EQ(running.line(), "activated"); // sent, though no event loop has run since
+    kill(running.pid(), SIGTERM);
+    EXPECT_EQ(running.status(), 0);
+    while (bus.ownerPid(id)) { // until the bus has seen it, too
+    }
+    ASSERT_TRUE(launcher.launchApplication(path));
     reportUntil("activated");
 }
 
-TEST_F(LaunchOfEntry, ByTheBusIsRefusedAtOnceIfNobodyCanStartIt) {
-    desktop.startBus();
-    expectRefused(entry("Exec=/bin/true\nDBusActivatable=true"), "session bus");
-}
-
-TEST_F(LaunchOfEntry, WithoutABusUsesTheExecLine) {
+TEST_F(LaunchOfEntry, WithoutABusUsesTheExecLineAndStartsNone) {
+    desktop.startDisplay(); // which is where one would be looked for, and started
     ASSERT_TRUE(launcher.launchApplication(entry(reportingExec() + "\nDBusActivatable=true")));
     reportUntil("ready");
+    EXPECT_FALSE(std::filesystem::exists(desktop.home() + "/.dbus")); // where dbus-launch(1) notes what it has started
+    EXPECT_EQ(std::getenv("DBUS_SESSION_BUS_ADDRESS"), nullptr);
 }
 
 TEST_F(LaunchOfEntry, AsksForAScopeOfItsOwn) {
     desktop.startBus();
-    TestSystemd systemd;
+    Started manager{{testProgram, "bus=org.freedesktop.systemd1", "name"}};
+    EXPECT_EQ(manager.line(), "ready");
+    Started monitor{{"dbus-monitor", "member='StartTransientUnit'"}};
+    while (monitor.line().find("NameLost") == std::string::npos) { // it only listens from then on
+    }
     ASSERT_TRUE(launcher.launchApplication(entry(reportingExec(), "org.letterloft.Test-er")));
     reportUntil("ready");
-    const std::string scope = "'app-letterloft-org.letterloft.Test\\\\x2der-" + pidReported() + ".scope'";
-    EXPECT_NE(systemd.request().find(scope), std::string::npos) << systemd.request();
-    EXPECT_NE(systemd.request().find("'PIDs', <[uint32 " + pidReported() + "]>"), std::string::npos)
-        << systemd.request();
+    std::string request;
+    while (request.find("]") == std::string::npos) // of the PIDs
+        request += monitor.line();
+    EXPECT_NE(request.find("\"app-letterloft-org.letterloft.Test\\x2der-" + pidReported() + ".scope\""),
+              std::string::npos)
+        << request;
+    EXPECT_NE(request.find("uint32 " + pidReported() + " "), std::string::npos) << request;
 }
 
 TEST_F(LaunchOfEntry, OutlivesUs) {
@@ -236,22 +185,19 @@ TEST_F(LaunchOfEntry, OutlivesUs) {
 
 using LaunchOfFile = Launching;
 
-TEST_F(LaunchOfFile, StartsAnExecutableWithoutOurLaunchMark) {
+TEST_F(LaunchOfFile, StartsAnExecutableOrTheOneOfABundleWithoutOurLaunchMark) {
     setenv("GIO_LAUNCHED_DESKTOP_FILE_PID", std::to_string(getpid()).c_str(), 1);
-    ASSERT_TRUE(launcher.launchApplication(desktop.write(
-        "start me", "#!/bin/sh\nexec \"" + std::string{testProgram} + "\" \"report=" + fifo + "\"\n", 0700)));
-    reportUntil("ready");
-    EXPECT_TRUE(reported("mark none"));
-    expectDetached();
-}
-
-TEST_F(LaunchOfFile, StartsTheProgramOfABundle) {
-    desktop.write("Tester.app/tester", "#!/bin/sh\nexec \"" + std::string{testProgram} + "\" \"report=" + fifo + "\"\n",
-                  0700);
+    const std::string script = "#!/bin/sh\nexec \"" + std::string{testProgram} + "\" \"report=" + fifo + "\"\n";
+    desktop.write("Tester.app/tester", script, 0700);
     desktop.write("Tester.app/Resources/Info-gnustep.plist", "{ NSExecutable = tester; }");
-    ASSERT_TRUE(launcher.launchApplication(desktop.home() + "/Tester.app"));
-    reportUntil("ready");
-    expectDetached();
+    for (const std::string& path : {desktop.write("start me", script, 0700), desktop.home() + "/Tester.app"}) {
+        ASSERT_TRUE(launcher.launchApplication(path));
+        reportUntil("ready");
+        EXPECT_TRUE(reported("mark none"));
+        expectDetached();
+        kill(std::stoi(pidReported()), SIGKILL);
+        seen.clear();
+    }
 }
 
 TEST_F(LaunchOfFile, IsRefusedWithTheReason) {

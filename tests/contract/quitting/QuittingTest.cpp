@@ -1,473 +1,283 @@
+// How programs are asked to quit, told by what each of them says that it is asked for.
 #include "platform/linux/LinuxRunningApplication.h"
-#include "platform/linux/XWindows.h"
 #include "tests/contract/quitting/Desktop.h"
 #include "tests/contract/quitting/PollWatcher.h"
 #include "tests/fakes/FakeLog.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <map>
+#include <netinet/in.h>
+#include <sstream>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 #include <utility>
-#include <xcb/xcb.h>
 
 namespace letterloft {
 
 namespace {
 
-constexpr const char* testProgram = LETTERLOFT_TEST_PROGRAM;
-constexpr int sliceInMilliseconds = 1000;
 constexpr const char* applicationId = "org.letterloft.Tester";
+constexpr int sliceInMilliseconds = 1000;
 
 HeldProcess held(pid_t pid) { return std::move(*HeldProcess::hold(*ProcessIdentity::ofProcess(pid))); }
 
-std::vector<std::string> command(std::vector<std::string> options) {
-    options.insert(options.begin(), testProgram);
-    return options;
+std::vector<std::string> commandOf(const std::string& options) {
+    std::istringstream words{LETTERLOFT_TEST_PROGRAM " " + options};
+    return {std::istream_iterator<std::string>{words}, {}};
 }
 
-// One program on a desktop of its own, asked to quit as the switch does it.
+struct Asked {
+    explicit Asked(const std::string& options) : program{commandOf(options)} {}
+
+    Started program;
+    std::unique_ptr<LinuxRunningApplication> application;
+};
+
+// Programs on a desktop of their own, asked to quit and waited for as the switch does it.
 class Quitting : public testing::Test {
 protected:
-    Started& start(const std::vector<std::string>& options) {
-        program = std::make_unique<Started>(command(options));
-        EXPECT_EQ(program->line(), "ready");
-        return *program;
+    using Instance = LinuxRunningApplication::Instance;
+
+    Asked& start(const std::string& options) {
+        all.push_back(std::make_unique<Asked>(options));
+        EXPECT_EQ(all.back()->program.line(), "ready");
+        return *all.back();
     }
 
-    LinuxRunningApplication::Instance instance(std::vector<HeldProcess> others = {}) {
-        return {"/applications/tester.desktop", applicationId, held(program->pid()), std::move(others), {}};
+    static Instance instanceOf(const Asked& one) {
+        return {"/applications/tester.desktop", applicationId, held(one.program.pid()), {}, {}};
     }
 
-    void terminate(LinuxRunningApplication::Instance asked) {
-        application = std::make_unique<LinuxRunningApplication>(std::move(asked), bus, watcher, log);
-        application->terminate();
+    void ask(Asked& one, Instance instance) {
+        one.application = std::make_unique<LinuxRunningApplication>(std::move(instance), bus, watcher, log);
+        one.application->terminate();
     }
 
-    // Starts a program and asks it.
-    Started& quit(const std::vector<std::string>& options) {
-        start(options);
-        terminate(instance());
-        return *program;
+    Asked& quit(const std::string& options) {
+        Asked& one = start(options);
+        ask(one, instanceOf(one));
+        return one;
     }
 
-    // The wait of the switch.
-    void waitForEnd() {
-        while (!application->isTerminated())
+    template <typename Condition>
+    void serveUntil(const Condition& condition) {
+        while (!condition()) {
+            for (const auto& one : all)
+                if (one->application) (void)one->application->isTerminated();
             watcher.serve(sliceInMilliseconds);
+        }
     }
 
-    // As long as the program may take to do something it must not do.
-    void letSlicesPass(int count) {
-        for (int slices = 0; slices < count && !application->isTerminated();) {
-            if (!watcher.serve(sliceInMilliseconds)) ++slices;
+    // The next line a program says, all of them followed up meanwhile.
+    std::string next(Asked& one) {
+        bool isThere = false;
+        const auto watch = watcher.watchReadable(one.program.output(), [&] { isThere = true; });
+        serveUntil([&] { return isThere; });
+        return one.program.line();
+    }
+
+    // Lines that have to come one after another, and in brackets what the user does between them.
+    void expect(Asked& one, const std::vector<std::string>& steps) {
+        const std::map<std::string, int> deeds{
+            {"<agree>", SIGUSR1}, {"<refuse>", SIGUSR2}, {"<end>", SIGTERM}, {"<kill>", SIGKILL}};
+        for (const std::string& step : steps) {
+            if (!deeds.contains(step)) {
+                EXPECT_EQ(next(one), step);
+                continue;
+            }
+            EXPECT_FALSE(one.application->isTerminated()); // what stands there now has been seen
+            kill(one.program.pid(), deeds.at(step));
         }
+    }
+
+    // Nothing more is said, and the end is noticed.
+    void expectEnd(Asked& one, int status = 0) {
+        serveUntil([&] { return one.application->isTerminated(); });
+        EXPECT_EQ(one.program.line(), "");
+        EXPECT_EQ(one.program.status(), status);
     }
 
     bool logSays(const std::string& words) const {
-        for (const std::string& line : log.lines) {
-            if (line.find(words) != std::string::npos) return true;
-        }
-        return false;
+        return std::any_of(log.lines.begin(), log.lines.end(),
+                           [&](const std::string& line) { return line.find(words) != std::string::npos; });
     }
 
     Desktop desktop;
     FakeLog log;
     SessionBus bus{log};
     PollWatcher watcher;
-    std::unique_ptr<Started> program;
-    std::unique_ptr<LinuxRunningApplication> application;
+    std::vector<std::unique_ptr<Asked>> all;
 };
 
-// What a window manager writes on the root window (EWMH), and no more.
-class TestWindowManager {
-public:
-    explicit TestWindowManager(const std::vector<std::uint32_t>& clients) {
-        const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(server_)).data;
-        xcb_create_window(server_, 0, check_, screen->root, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                          XCB_COPY_FROM_PARENT, 0, nullptr);
-        write(screen->root, "_NET_CLIENT_LIST", clients);
-        write(screen->root, "_NET_SUPPORTING_WM_CHECK", {check_});
-        write(check_, "_NET_SUPPORTING_WM_CHECK", {check_});
-        settle();
-    }
-    ~TestWindowManager() { xcb_disconnect(server_); }
-    TestWindowManager(const TestWindowManager&) = delete;
-    TestWindowManager& operator=(const TestWindowManager&) = delete;
-
-    void dieLeavingItsList() {
-        xcb_destroy_window(server_, check_);
-        settle();
-    }
-
-private:
-    void write(xcb_window_t window, const std::string& name, const std::vector<std::uint32_t>& values) {
-        auto* atom = xcb_intern_atom_reply(
-            server_, xcb_intern_atom(server_, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr);
-        xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window, atom->atom, XCB_ATOM_WINDOW, 32,
-                            static_cast<std::uint32_t>(values.size()), values.data());
-        std::free(atom);
-    }
-
-    void settle() { std::free(xcb_get_input_focus_reply(server_, xcb_get_input_focus(server_), nullptr)); }
-
-    xcb_connection_t* server_ = xcb_connect(nullptr, nullptr);
-    xcb_window_t check_ = xcb_generate_id(server_);
-};
-
-class QuittingOnDisplay : public Quitting {
+class QuittingOnDesktop : public Quitting {
 protected:
-    void SetUp() override { display = &desktop.startDisplay(); }
+    QuittingOnDesktop() {
+        desktop.startBus();
+        display = &desktop.startDisplay();
+    }
 
     Started* display = nullptr;
 };
 
-class QuittingOnBus : public QuittingOnDisplay {
-protected:
-    void SetUp() override {
-        QuittingOnDisplay::SetUp();
-        desktop.startBus();
-    }
-};
+using Steps = std::vector<std::string>;
 
 } // namespace
 
-using HeldProcessEnds = Quitting;
+TEST_F(Quitting, BySignalWithoutADisplay) {
+    expectEnd(quit("sigterm=default"), -SIGTERM);
+    Asked& handling = quit("sigterm=handle");
+    expect(handling, {"sigterm"});
+    expectEnd(handling);
 
-TEST_F(HeldProcessEnds, AsAZombieTheMomentTheProgramDoes) {
-    Started& started = start({"sigterm=handle"});
-    const HeldProcess process = held(started.pid());
-    EXPECT_FALSE(process.hasEnded());
-    EXPECT_TRUE(process.sendSigterm());
-    bool readable = false;
-    const auto watch = watcher.watchReadable(process.descriptor(), [&] { readable = true; });
-    while (!watcher.serve(sliceInMilliseconds)) {
+    Asked& stopped = start("sigterm=handle");
+    kill(stopped.program.pid(), SIGSTOP);
+    while (!held(stopped.program.pid()).isStopped()) {
     }
-    EXPECT_TRUE(readable);
-    EXPECT_TRUE(process.hasEnded()); // nobody has taken its status yet
-    EXPECT_EQ(kill(started.pid(), 0), 0);
-    EXPECT_EQ(started.status(), 0);
-    EXPECT_TRUE(process.hasEnded());
-    EXPECT_FALSE(process.sendSigterm());
-}
+    ask(stopped, instanceOf(stopped));
+    expect(stopped, {"sigterm"});
+    expectEnd(stopped);
 
-TEST_F(HeldProcessEnds, AndIsNeverTheNextOneOfItsNumber) {
-    const ProcessIdentity own = *ProcessIdentity::ofProcess(getpid());
-    EXPECT_TRUE(HeldProcess::hold(own));
-    EXPECT_FALSE(HeldProcess::hold({own.pid, own.startTime - 1}));
-    Started& started = start({});
-    const ProcessIdentity former = *ProcessIdentity::ofProcess(started.pid());
-    kill(started.pid(), SIGKILL);
-    EXPECT_EQ(started.status(), -SIGKILL);
-    EXPECT_FALSE(HeldProcess::hold(former));
-}
-
-using SigtermEffect = Quitting;
-
-TEST_F(SigtermEffect, IsToldBeforeItIsSent) {
-    using Effect = HeldProcess::SigtermEffect;
-    const std::vector<std::pair<std::string, Effect>> cases = {{"default", Effect::deadly},
-                                                               {"handle", Effect::handled},
-                                                               {"signalfd", Effect::handled},
-                                                               {"ignore", Effect::ignored}};
-    for (const auto& [reaction, effect] : cases) {
-        const Started& started = start({"sigterm=" + reaction});
-        EXPECT_EQ(held(started.pid()).sigtermEffect(), effect) << reaction;
-    }
-}
-
-using QuitBySignal = Quitting;
-
-TEST_F(QuitBySignal, EndsAProgramWithoutDisplay) {
-    EXPECT_EQ(quit({"sigterm=default"}).line(), "");
-    waitForEnd();
-    EXPECT_EQ(program->status(), -SIGTERM);
-    quit({"sigterm=handle"});
-    waitForEnd();
-    EXPECT_EQ(program->status(), 0);
-}
-
-TEST_F(QuitBySignal, ReachesAStoppedProgram) {
-    start({"sigterm=handle"});
-    kill(program->pid(), SIGSTOP);
-    while (!held(program->pid()).isStopped()) {
-    }
-    terminate(instance());
-    waitForEnd();
-    EXPECT_EQ(program->line(), "sigterm");
-}
-
-TEST_F(QuitBySignal, IsNotTriedOnAProgramThatIgnoresIt) {
-    quit({"sigterm=ignore"});
+    Asked& ignoring = quit("sigterm=ignore");
     EXPECT_TRUE(logSays("can't be asked to quit"));
-    EXPECT_FALSE(application->isTerminated());
-    kill(program->pid(), SIGKILL); // by hand
-    waitForEnd();
+    expect(ignoring, {"<kill>"});
+    expectEnd(ignoring, -SIGKILL);
+    EXPECT_EQ(std::count(log.lines.begin(), log.lines.end(),
+                         "There is no session bus: applications are asked to quit by their windows or by a signal."),
+              1);
 }
 
-TEST_F(QuitBySignal, IsNotTriedOnAWaylandProgramThatWouldDieOfIt) {
-    sockaddr_un address{AF_UNIX, {}};
-    std::snprintf(address.sun_path, sizeof address.sun_path, "%s/wayland-0", desktop.home().c_str());
+// A Wayland display, and one of another machine.
+TEST_F(Quitting, NeverBySignalWhatWouldDieOfItOnADisplay) {
+    sockaddr_un local{AF_UNIX, {}};
+    std::snprintf(local.sun_path, sizeof local.sun_path, "%s/wayland-0", desktop.home().c_str());
     const int compositor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_EQ(bind(compositor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(compositor, 2), 0);
-    start({"wayland"});
-    const int accepted = accept4(compositor, nullptr, nullptr, SOCK_CLOEXEC);
-    terminate(instance());
-    EXPECT_TRUE(logSays("can't be asked to quit"));
-    EXPECT_FALSE(application->isTerminated());
-    close(accepted);
-    close(compositor);
+    ASSERT_EQ(bind(compositor, reinterpret_cast<const sockaddr*>(&local), sizeof local), 0);
+    const int forwarder = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    std::uint16_t port = 6010;
+    for (; port < 6064; ++port) {
+        const sockaddr_in remote{AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
+        if (bind(forwarder, reinterpret_cast<const sockaddr*>(&remote), sizeof remote) == 0) break;
+    }
+    for (const auto& [listener, place] :
+         {std::pair{compositor, std::string{local.sun_path}}, std::pair{forwarder, std::to_string(port)}}) {
+        ASSERT_EQ(listen(listener, 2), 0);
+        log.lines.clear();
+        Asked& shown = start("connect=" + place);
+        const int accepted = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+        ask(shown, instanceOf(shown));
+        EXPECT_TRUE(logSays("can't be asked to quit")) << place;
+        EXPECT_FALSE(shown.application->isTerminated()) << place;
+        close(accepted);
+        close(listener);
+    }
 }
 
-using EndIsNoticed = Quitting;
-
-TEST_F(EndIsNoticed, ByTheRunLoopWithoutATimeOut) {
-    quit({"sigterm=handle"});
+TEST_F(Quitting, IsNoticedByTheRunLoopWithoutATimeOut) {
+    Asked& one = quit("sigterm=handle");
     constexpr int forEver = -1;
     EXPECT_TRUE(watcher.serve(forEver));
-    EXPECT_TRUE(application->isTerminated());
+    EXPECT_TRUE(one.application->isTerminated());
     EXPECT_EQ(watcher.count(), 0U); // an ended process stays readable, and would wake for ever
 }
 
-TEST_F(EndIsNoticed, OnlyOfAllProcesses) {
-    Started helper{command({"sigterm=ignore"})};
-    helper.line();
-    start({"sigterm=handle"});
-    std::vector<HeldProcess> others;
-    others.push_back(held(helper.pid()));
-    terminate(instance(std::move(others)));
-    EXPECT_EQ(program->line(), "sigterm");
-    EXPECT_EQ(program->status(), 0);
-    EXPECT_FALSE(application->isTerminated());
-    kill(helper.pid(), SIGKILL);
-    waitForEnd();
+TEST_F(Quitting, IsOverWithTheLastProcessAndAsksTheProgramAlone) {
+    Asked& helper = start("sigterm=handle");
+    Asked& one = start("sigterm=handle");
+    auto both = instanceOf(one);
+    both.others.push_back(held(helper.program.pid()));
+    ask(one, std::move(both));
+    expect(one, {"sigterm", ""});
+    EXPECT_FALSE(one.application->isTerminated());
+    // Where the program ended before it could be asked, nobody is.
+    auto left = instanceOf(helper);
+    left.isWithoutProgram = true;
+    ask(helper, std::move(left));
+    expect(helper, {"<kill>"});
+    serveUntil([&] { return one.application->isTerminated(); });
+    expectEnd(helper, -SIGKILL);
 }
 
-TEST_F(EndIsNoticed, OfAProcessThatCameLaterToo) {
-    start({"sigterm=handle"});
-    auto asked = instance();
-    const ProcessIdentity first = asked.program.identity();
-    std::unique_ptr<Started> late;
-    asked.newcomers = [&](const std::vector<ProcessIdentity>& heldSoFar) {
-        EXPECT_EQ(heldSoFar.front(), first);
-        std::vector<HeldProcess> newcomers;
-        if (late == nullptr && heldSoFar.size() == 1 && held(first.pid).hasEnded()) {
-            late = std::make_unique<Started>(command({"sigterm=ignore"}));
-            newcomers.push_back(held(late->pid()));
-        }
-        return newcomers;
+TEST_F(QuittingOnDesktop, IsAConversation) {
+    const std::string onBus = std::string{"bus="} + applicationId + " name ";
+    const std::vector<std::pair<std::string, Steps>> conversations{
+        {"windows=3 on-close=close sigterm=handle", {"asked 3", "asked 2", "asked 1"}}, // newest first, and no signal
+        {"windows=2 on-close=ask sigterm=handle", {"asked 2", "question", "<agree>", "asked 1", "question", "<agree>"}},
+        {"windows=1 modal on-close=close", {"dropped 1", "<agree>", "asked 1"}}, // the owner of a dialog, once it can
+        {onBus + "on-quit=quit", {"quit"}},
+        {"bus=org.letterloft.Another windows=1 on-quit=quit", {"quit"}}, // its window tells where
+        {onBus + "windows=1 on-close=close no-quit", {"asked 1"}},
+        {onBus + "windows=1 on-close=close quit-disabled", {"asked 1"}},
+        {onBus + "windows=1 on-quit=ask sigterm=handle", {"quit", "question", "<agree>"}},
     };
-    terminate(std::move(asked));
-    while (!late) {
-        EXPECT_FALSE(application->isTerminated());
-        watcher.serve(sliceInMilliseconds);
+    for (const auto& [options, steps] : conversations) {
+        SCOPED_TRACE(options);
+        Asked& one = quit(options);
+        expect(one, steps);
+        expectEnd(one);
     }
-    EXPECT_FALSE(application->isTerminated());
-    kill(late->pid(), SIGKILL);
-    waitForEnd();
 }
 
-using WindowsAreListed = QuittingOnDisplay;
-
-TEST_F(WindowsAreListed, AsTheWindowManagerSaysWhileItLives) {
-    start({"windows=3"});
-    XWindows windows;
-    const auto asStacked = windows.clientWindows();
-    ASSERT_EQ(asStacked.size(), 3U);
-    EXPECT_EQ(asStacked[0].pid, program->pid()); // by the X server; the window itself tells another
-    EXPECT_EQ(asStacked[0].className, "Tester");
-    TestWindowManager manager{{asStacked[2].id, asStacked[0].id}};
-    const auto asManaged = windows.clientWindows();
-    ASSERT_EQ(asManaged.size(), 2U);
-    EXPECT_EQ(asManaged[0].id, asStacked[2].id);
-    EXPECT_EQ(asManaged[1].id, asStacked[0].id);
-    manager.dieLeavingItsList();
-    EXPECT_EQ(windows.clientWindows().size(), 3U);
-}
-
-using QuitByWindows = QuittingOnDisplay;
-
-TEST_F(QuitByWindows, NewestFirstAndOneAtATime) {
-    quit({"windows=3", "on-close=close", "sigterm=handle"});
-    waitForEnd();
-    EXPECT_EQ(program->line(), "asked 3");
-    EXPECT_EQ(program->line(), "asked 2");
-    EXPECT_EQ(program->line(), "asked 1");
-    EXPECT_EQ(program->line(), ""); // and no signal
-    EXPECT_EQ(program->status(), 0);
-}
-
-TEST_F(QuitByWindows, NotPastAWindowThatStays) {
-    quit({"windows=2", "on-close=ignore", "sigterm=handle"});
-    EXPECT_EQ(program->line(), "asked 2");
-    letSlicesPass(1);
-    EXPECT_FALSE(application->isTerminated());
-    kill(program->pid(), SIGTERM); // by hand
-    waitForEnd();
-    EXPECT_EQ(program->line(), "sigterm");
-}
-
-TEST_F(QuitByWindows, OnlyTheOwnerOfADialog) {
-    quit({"windows=1", "dialog", "on-close=close"});
-    EXPECT_EQ(program->line(), "asked 1");
-}
-
-TEST_F(QuitByWindows, GoesOnOnceTheUserAgrees) {
-    quit({"windows=2", "on-close=ask", "sigterm=handle"});
-    EXPECT_EQ(program->line(), "asked 2");
-    EXPECT_EQ(program->line(), "question");
-    letSlicesPass(1);
-    kill(program->pid(), SIGUSR1);
-    letSlicesPass(1);
-    EXPECT_EQ(program->line(), "asked 1"); // nothing in between
-    EXPECT_EQ(program->line(), "question");
-    kill(program->pid(), SIGUSR1);
-    waitForEnd();
-    EXPECT_EQ(program->line(), "");
-}
-
-TEST_F(QuitByWindows, GivesUpOnceTheUserRefuses) {
-    quit({"windows=2", "on-close=ask", "sigterm=handle"});
-    EXPECT_EQ(program->line(), "asked 2");
-    EXPECT_EQ(program->line(), "question");
-    letSlicesPass(1);
-    kill(program->pid(), SIGUSR2);
-    EXPECT_EQ(program->line(), "refused");
-    letSlicesPass(6);
-    EXPECT_FALSE(application->isTerminated());
-    kill(program->pid(), SIGTERM);
-    waitForEnd();
-    EXPECT_EQ(program->line(), "sigterm"); // nothing in between
-}
-
-TEST_F(QuitByWindows, ThenBySignalIfItGoesOnInTheTray) {
-    quit({"windows=1", "on-close=hide", "sigterm=handle"});
-    waitForEnd();
-    EXPECT_EQ(program->line(), "asked 1");
-    EXPECT_EQ(program->line(), "sigterm");
-    EXPECT_EQ(program->status(), 0);
-}
-
-TEST_F(QuitByWindows, NeverBySignalIfThatWouldKillIt) {
-    quit({"windows=1", "on-close=hide"});
-    while (!logSays("goes on without a window")) {
-        ASSERT_FALSE(application->isTerminated());
-        watcher.serve(sliceInMilliseconds);
-    }
-    EXPECT_FALSE(application->isTerminated());
-}
-
-TEST_F(QuitByWindows, NeverOfOneThatCannotTakeTheRequest) {
-    quit({"windows=1", "no-delete"});
+// The last of them is sent the one signal after five seconds without a window; by then the others, all asked before it,
+// would have been sent it too.
+TEST_F(QuittingOnDesktop, SendsASignalOnlyWhereNothingIsShownAndItIsSafe) {
+    const std::vector<std::pair<std::string, Steps>> patient{
+        {"windows=2 on-close=ask sigterm=handle", {"asked 2", "question", "<refuse>", "refused"}},
+        {"windows=2 on-close=ignore sigterm=handle", {"asked 2"}}, // and not past it
+        {"bus=org.letterloft.Asking name windows=1 on-quit=ask sigterm=handle", {"quit", "question"}},
+        {"bus=org.letterloft.Doing name windows=1 on-quit=nothing sigterm=handle", {"quit"}},
+    };
+    for (const auto& [options, steps] : patient)
+        expect(quit(options), steps);
+    quit("windows=1 no-delete"); // to close it would be a kill, and so would be the signal
     EXPECT_TRUE(logSays("can't be asked to quit"));
-    letSlicesPass(2);
-    EXPECT_FALSE(application->isTerminated());
+    log.lines.clear();
+    quit("display");
+    EXPECT_TRUE(logSays("can't be asked to quit"));
+    expect(quit("windows=1 on-close=hide"), {"asked 1"});
+    expect(quit("windows=1 on-close=hide sigterm=handle"), {"asked 1", "sigterm"});
+    expectEnd(*all.back());
+    serveUntil([&] { return logSays("goes on without a window"); });
+    for (std::size_t i = 0; i + 1 < all.size(); ++i)
+        expect(*all[i], {"<end>", i < patient.size() ? "sigterm" : ""}); // nothing in between
 }
 
-TEST_F(QuitByWindows, NeverOfAnotherProgram) {
-    Started stranger{command({"windows=1", "on-close=close"})};
-    EXPECT_EQ(stranger.line(), "ready");
-    quit({"display"});
-    EXPECT_TRUE(logSays("can't be asked to quit")); // shown, without windows, and it would die of the signal
-    letSlicesPass(1);
-    EXPECT_FALSE(application->isTerminated());
-    kill(stranger.pid(), SIGTERM);
-    EXPECT_EQ(stranger.line(), ""); // it was never asked
-}
-
-TEST_F(QuitByWindows, OutlivesTheDisplay) {
-    quit({"windows=1", "on-close=ignore", "sigterm=handle"});
-    EXPECT_EQ(program->line(), "asked 1");
-    kill(display->pid(), SIGTERM);
-    display->status();
-    letSlicesPass(2);
-    EXPECT_FALSE(application->isTerminated());
-    setenv("DISPLAY", ":59999", 1); // another test's server may have taken the number that has become free
-    EXPECT_TRUE(XWindows{}.clientWindows().empty());
-    kill(program->pid(), SIGTERM);
-    waitForEnd();
-}
-
-using QuitOnBus = QuittingOnBus;
-
-TEST_F(QuitOnBus, ByTheNameTheProgramOwns) {
-    quit({std::string{"bus="} + applicationId, "name", "on-quit=quit"});
-    waitForEnd();
-    EXPECT_EQ(program->line(), "quit");
-    EXPECT_EQ(program->status(), 0);
-}
-
-TEST_F(QuitOnBus, WithoutANameByWhatItsWindowTells) {
-    quit({"bus=org.letterloft.Another", "windows=1", "on-quit=quit"});
-    waitForEnd();
-    EXPECT_EQ(program->line(), "quit"); // its window was not asked
-}
-
-TEST_F(QuitOnBus, WaitsForTheUsersAnswer) {
-    quit({std::string{"bus="} + applicationId, "name", "windows=1", "on-quit=ask", "sigterm=handle"});
-    EXPECT_EQ(program->line(), "quit");
-    EXPECT_EQ(program->line(), "question");
-    letSlicesPass(6);
-    kill(program->pid(), SIGUSR1);
-    waitForEnd();
-    EXPECT_EQ(program->line(), ""); // neither window nor signal
-}
-
-TEST_F(QuitOnBus, LeavesAProgramAloneThatDoesNothingUponIt) {
-    quit({std::string{"bus="} + applicationId, "name", "windows=1", "on-quit=nothing", "sigterm=handle"});
-    EXPECT_EQ(program->line(), "quit");
-    letSlicesPass(1);
-    kill(program->pid(), SIGTERM);
-    waitForEnd();
-    EXPECT_EQ(program->line(), "sigterm"); // nothing in between
-}
-
-TEST_F(QuitOnBus, IsLeftForTheWindowsWhereItIsNotOffered) {
-    for (const char* lack : {"no-quit", "quit-disabled"}) {
-        quit({std::string{"bus="} + applicationId, "name", "windows=1", "on-close=close", lack});
-        waitForEnd();
-        EXPECT_EQ(program->line(), "asked 1") << lack;
-    }
-}
-
-TEST_F(QuitOnBus, IsNotWaitedForWhenTheProgramHangs) {
-    quit({std::string{"bus="} + applicationId, "name", "windows=1", "on-quit=hang"});
-    EXPECT_FALSE(application->isTerminated()); // asked by its window, which it will see when it goes on
+TEST_F(QuittingOnDesktop, IsNotWaitedForWhenTheProgramHangs) {
+    const Asked& hanging = quit(std::string{"bus="} + applicationId + " name windows=1 on-quit=hang");
+    EXPECT_FALSE(hanging.application->isTerminated()); // asked by its window, which it will see when it goes on
     EXPECT_TRUE(log.lines.empty());
 }
 
-TEST_F(QuitOnBus, NeverReachesAnotherOwnerOfTheName) {
-    Started stranger{command({std::string{"bus="} + applicationId, "name", "on-quit=quit"})};
-    EXPECT_EQ(stranger.line(), "ready");
-    quit({"sigterm=handle"});
-    waitForEnd();
-    EXPECT_EQ(program->line(), "sigterm");
-    kill(stranger.pid(), SIGTERM);
-    EXPECT_EQ(stranger.line(), "");
+TEST_F(QuittingOnDesktop, NeverReachesAnotherOwnerOfTheNameOrWindow) {
+    Asked& owner = start(std::string{"bus="} + applicationId + " name windows=1 on-quit=quit on-close=close");
+    Asked& one = quit("sigterm=handle");
+    expect(one, {"sigterm"});
+    expectEnd(one);
+    kill(owner.program.pid(), SIGTERM);
+    EXPECT_EQ(owner.program.line(), "");
 }
 
-using SessionBusAbsent = Quitting;
-
-TEST_F(SessionBusAbsent, IsSaidOnce) {
-    EXPECT_FALSE(bus.isThere());
-    EXPECT_FALSE(bus.ownerPid("org.freedesktop.DBus"));
-    EXPECT_TRUE(bus.connectionsOf({getpid()}).empty());
-    EXPECT_EQ(log.lines.size(), 1U);
-}
-
-TEST_F(QuitOnBus, SurvivesTheEndOfTheBus) {
+TEST_F(QuittingOnDesktop, OutlivesTheDisplayAndTheBus) {
+    Asked& shown = quit("windows=1 on-close=ignore sigterm=handle");
+    expect(shown, {"asked 1"});
+    kill(display->pid(), SIGTERM);
+    display->status();
     EXPECT_TRUE(bus.isThere());
     Started& another = desktop.startBus(); // where everybody looks from now on
     EXPECT_TRUE(bus.isThere());
     another.endStandardInput();
     kill(another.pid(), SIGTERM);
     another.status();
-    quit({"sigterm=handle"});
-    waitForEnd();
-    EXPECT_EQ(program->line(), "sigterm");
+    setenv("DISPLAY", ":59999", 1); // another test's server may have taken the number that has become free
+    Asked& late = quit("sigterm=handle");
+    expect(late, {"sigterm"});
+    expectEnd(late);
+    expect(shown, {"<end>", "sigterm"});
+    expectEnd(shown);
 }
 
 } // namespace letterloft

@@ -3,10 +3,12 @@
 //
 // sigterm=default|handle|ignore|signalfd   what SIGTERM does to it; "handle" ends it in an orderly way
 // display                                  connects to the display, without a window
-// wayland                                  holds a connection to a Wayland display, and no more
+// connect=SOCKET|PORT                      holds a connection there, and no more
 // windows=N on-close=close|ask|ignore|hide what its windows do when asked to close; it ends with the last one
+// class=NAME                               of the first window, instead of "Tester"
 // no-delete                                its windows do not take the request at all
-// dialog                                   the first window has a dialog, which takes the request too
+// modal                                    the first window has a dialog, which takes the request too; while it stands
+//                                          the window drops the request. Agreeing closes it
 // bus=ID on-quit=quit|ask|nothing|hang     an application on the session bus with a "quit" action
 // name                                     it owns ID as its well-known name
 // no-quit | quit-disabled                  it lists no such action, or one that can't be used
@@ -21,12 +23,14 @@
 #include <gio/gio.h>
 #include <glib-unix.h>
 #include <map>
+#include <netinet/in.h>
 #include <optional>
 #include <string>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 #include <xcb/xcb.h>
 
@@ -63,11 +67,11 @@ public:
 
     int run() {
         prepareSignals();
-        if (has("wayland")) connectToWayland();
+        if (has("connect")) connectTo(option("connect"));
         if (has("display") || has("windows")) connectToDisplay();
         for (int i = 0; i < std::atoi(option("windows").c_str()); ++i)
             windows_.push_back(makeWindow(XCB_WINDOW_NONE));
-        if (has("dialog")) windows_.push_back(makeWindow(windows_.front()));
+        if (has("modal")) dialog_ = makeWindow(windows_.front());
         if (has("bus")) exportApplication();
         say("ready");
         if (option("on-quit") == "hang") {
@@ -105,11 +109,16 @@ private:
         return found;
     }
 
-    static void connectToWayland() {
-        sockaddr_un address{AF_UNIX, {}};
-        std::snprintf(address.sun_path, sizeof address.sun_path, "%s/wayland-0", std::getenv("XDG_RUNTIME_DIR"));
-        const int server = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        if (connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) std::exit(6);
+    static void connectTo(const std::string& place) {
+        sockaddr_un local{AF_UNIX, {}};
+        std::snprintf(local.sun_path, sizeof local.sun_path, "%s", place.c_str());
+        sockaddr_in remote{
+            AF_INET, htons(static_cast<std::uint16_t>(std::atoi(place.c_str()))), {htonl(INADDR_LOOPBACK)}, {}};
+        const bool isLocal = place.front() == '/';
+        const int server = socket(isLocal ? AF_UNIX : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        const auto* address =
+            isLocal ? reinterpret_cast<const sockaddr*>(&local) : reinterpret_cast<sockaddr*>(&remote);
+        if (connect(server, address, isLocal ? sizeof local : sizeof remote) != 0) std::exit(6);
     }
 
     void connectToDisplay() {
@@ -129,7 +138,9 @@ private:
                              const void* data) {
             xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window, property, type, format, size, data);
         };
-        set(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, 12, "main\0Tester");
+        const std::string named = windows_.empty() && has("class") ? option("class") : "Tester";
+        const std::string both = std::string{"main"} + '\0' + named + '\0';
+        set(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(both.size()), both.data());
         const pid_t nobody = 1; // as a program in a container tells its own number there
         set(atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &nobody);
         if (!has("no-delete")) set(protocols_, XCB_ATOM_ATOM, 32, 1, &deleteWindow_);
@@ -172,6 +183,7 @@ private:
         std::size_t number = 0;
         while (number < windows_.size() && windows_[number] != window)
             ++number;
+        if (dialog_ != XCB_WINDOW_NONE) return say("dropped " + std::to_string(number + 1));
         say("asked " + std::to_string(number + 1));
         const std::string reaction = option("on-close");
         if (reaction == "close") close(window);
@@ -211,6 +223,11 @@ private:
 
     static gboolean userAgreed(gpointer data) {
         auto* self = static_cast<Program*>(data);
+        if (self->dialog_ != XCB_WINDOW_NONE) {
+            xcb_destroy_window(self->server_, std::exchange(self->dialog_, XCB_WINDOW_NONE));
+            xcb_flush(self->server_);
+            return G_SOURCE_CONTINUE;
+        }
         xcb_destroy_window(self->server_, self->question_);
         if (self->asking_) {
             self->close(*self->asking_);
@@ -256,6 +273,7 @@ private:
     xcb_atom_t protocols_ = XCB_ATOM_NONE;
     xcb_atom_t deleteWindow_ = XCB_ATOM_NONE;
     std::vector<xcb_window_t> windows_;
+    xcb_window_t dialog_ = XCB_WINDOW_NONE;
     xcb_window_t question_ = XCB_WINDOW_NONE;
     std::optional<xcb_window_t> asking_;
 };

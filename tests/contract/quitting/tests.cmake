@@ -5,7 +5,9 @@ target_link_libraries(letterloft-quitting-program PRIVATE letterloft_options Pkg
 letterloft_test(quitting-test
     SOURCES
         ${CMAKE_CURRENT_LIST_DIR}/Desktop.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/HeldProcessTest.cpp
         ${CMAKE_CURRENT_LIST_DIR}/QuittingTest.cpp
+        ${CMAKE_CURRENT_LIST_DIR}/XWindowsTest.cpp
     LIBRARIES letterloft_linux
     LABELS contract)
 letterloft_test(launching-test
