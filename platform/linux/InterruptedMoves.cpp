@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <climits>
 #include <set>
+#include <unistd.h>
 
 namespace letterloft {
 
@@ -56,8 +57,23 @@ void InterruptedMoves::settleNote(const Place& place) {
     const std::string name = place.found.mark.name(MoveMark::Kind::note);
     const ssize_t size = calls_.readlinkat(folder.get(), name.c_str(), text.data(), text.size());
     if (size < 0) return; // no link: not ours
+    if (!isTrusted(folder.get(), name)) {
+        log_.write(filledForLog("%@ comes from another user and is not obeyed.", {joined(place.folder, name)}));
+        return;
+    }
     if (auto note = MoveNote::fromText({text.data(), static_cast<std::size_t>(size)}))
         settleByNote(place, folder.get(), *note);
+}
+
+// Where others may write anybody can leave a note, and so have removed what looks like its copy elsewhere. The owner of
+// the folder could do so in any case; some network file systems show one that is not ours for all there is.
+bool InterruptedMoves::isTrusted(int folder, const std::string& note) {
+    struct statx info {};
+    struct statx above {};
+    if (calls_.statx(folder, note.c_str(), AT_SYMLINK_NOFOLLOW, &info) != 0) return false;
+    if (info.stx_uid == geteuid()) return true;
+    if (calls_.statx(folder, "", AT_EMPTY_PATH, &above) != 0) return false;
+    return info.stx_uid == above.stx_uid && (above.stx_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
 void InterruptedMoves::settleByNote(const Place& place, int folder, const MoveNote& note) {

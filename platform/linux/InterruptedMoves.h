@@ -27,6 +27,7 @@ private:
 
     void findIn(const std::string& folder, std::vector<Place>& places);
     void settleNote(const Place& place);
+    bool isTrusted(int folder, const std::string& note);
     void settleByNote(const Place& place, int folder, const MoveNote& note);
     void settleAside(const Place& place);
     void removeStaging(const std::string& folderPath, const MoveMark& mark);

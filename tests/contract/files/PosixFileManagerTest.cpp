@@ -220,6 +220,29 @@ TEST_F(PosixFileManagerTest, SettlingTouchesNoNameThatIsNotItsOwn) {
     EXPECT_TRUE(fs::is_symlink(disk + "/.letterloft-0000000000000000.note"));
 }
 
+// A note that is obeyed has what looks like its copy elsewhere removed.
+TEST_F(PosixFileManagerTest, SettlingObeysNoNoteOfAnotherUserInAFolderOpenToAll) {
+    class NotesOfAnotherUser final : public FileSystemCalls {
+        int statx(int folder, const char* path, int flags, struct statx* info) override {
+            const int result = FileSystemCalls::statx(folder, path, flags, info);
+            if (std::string{path}.ends_with(".note")) info->stx_uid = geteuid() + 1;
+            return result;
+        }
+    } others;
+    for (const auto& [folder, text] : {std::pair{memory, "mine"}, std::pair{disk, "fake"}}) {
+        fs::create_directory(folder + "/mail");
+        writeFile(folder + "/mail/letter", text);
+        fs::last_write_time(folder + "/mail/letter", fs::file_time_type{});
+    }
+    fs::create_symlink("mail" + disk + "/mail", memory + "/.letterloft-0123456789abcdef.note");
+    ASSERT_EQ(chmod(memory.c_str(), 01777), 0);
+    PosixFileManager{{log, others, progress}, memory, {}}.settle({memory});
+    EXPECT_EQ(contents(memory + "/mail/letter"), "mine");
+    EXPECT_THAT(log.lines, ElementsAre(HasSubstr("comes from another user")));
+    files.settle({memory});
+    EXPECT_FALSE(fs::exists(memory + "/mail"));
+}
+
 TEST_F(PosixFileManagerTest, RefusesEarlyWhatTheTargetHasNoRoomFor) {
     class Full final : public FileSystemCalls {
     public:
