@@ -37,12 +37,23 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <optional>
 #include <poll.h>
+#include <unistd.h>
 
 using namespace letterloft;
 
 namespace {
+
+// Where a standard stream is closed, the next file to be opened takes its number, and what the log writes to standard
+// error goes into that file.
+void occupyStandardStreams() {
+    int file = open("/dev/null", O_RDWR);
+    while (file >= 0 && file <= STDERR_FILENO)
+        file = dup(file);
+    if (file >= 0) close(file);
+}
 
 // The files below the user's folders that decide how the program runs.
 struct Places {
@@ -175,6 +186,7 @@ int runProgram(int argc, char** argv, const Places& places, Log& log, FileSystem
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN); // whoever reads what the log writes may go at any time
+    occupyStandardStreams();
     SyslogLog log;
     FileSystemCalls calls;
     const Result<UserFolders> folders = UserFolders::fromEnvironment();
