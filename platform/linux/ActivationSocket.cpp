@@ -57,9 +57,11 @@ bool listenAt(int socket, const std::string& path) {
     const Address address{path};
     if (!address.isUsable()) return false;
     unlink(path.c_str());
-    // The mode that bind(2) then gives the file on Linux; nobody can come in between.
-    return fchmod(socket, S_IRUSR | S_IWUSR) == 0 && bind(socket, address.data(), Address::size()) == 0 &&
-           listen(socket, backlog) == 0;
+    // Decides the mode that the file is made with, so that nobody can come in before it has the right one.
+    const mode_t before = umask(S_IXUSR | S_IRWXG | S_IRWXO);
+    const bool isBound = bind(socket, address.data(), Address::size()) == 0;
+    umask(before);
+    return isBound && listen(socket, backlog) == 0;
 }
 
 } // namespace

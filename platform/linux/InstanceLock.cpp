@@ -17,6 +17,7 @@ namespace {
 OpenFile openLockFile(FileSystemCalls& calls, const std::string& path) {
     constexpr int flags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
     int file = calls.openat(AT_FDCWD, path.c_str(), flags | O_RDWR | O_CREAT, 0600);
+    if (file >= 0) calls.fchmod(file, 0600); // the umask may have taken what the next start needs
     if (file < 0 && (errno == EACCES || errno == EROFS)) {
         const int error = errno;
         file = calls.openat(AT_FDCWD, path.c_str(), flags | O_RDONLY, 0);

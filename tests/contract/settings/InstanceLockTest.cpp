@@ -76,12 +76,15 @@ TEST_F(TheInstanceLock, IsNotInheritedByALaunchedProgram) {
 }
 
 TEST_F(TheInstanceLock, IsPrivateAndLiesInPrivateFolders) {
-    const mode_t former = umask(0);
-    EXPECT_EQ(take(), Outcome::taken);
-    umask(former);
-    EXPECT_EQ(modeOf(path_), 0600u);
-    EXPECT_EQ(modeOf(scratch_.at("Library")), 0700u);
-    EXPECT_EQ(modeOf(scratch_.at("Library/Application Support")), 0700u);
+    for (const mode_t umaskNow : {0000, 0777}) {
+        const mode_t former = umask(umaskNow);
+        EXPECT_EQ(take(), Outcome::taken);
+        umask(former);
+        EXPECT_EQ(modeOf(path_), 0600u);
+        EXPECT_EQ(modeOf(scratch_.at("Library")), 0700u);
+        EXPECT_EQ(modeOf(scratch_.at("Library/Application Support")), 0700u);
+        std::filesystem::remove_all(scratch_.at("Library"));
+    }
 }
 
 TEST_F(TheInstanceLock, IsImpossibleWhereALinkOrNoFolderIsInItsWay) {
