@@ -1,5 +1,6 @@
 #include "platform/qt/QtActivationBus.h"
 
+#include "platform/qt/QtBusCaller.h"
 #include "platform/qt/QtSessionBus.h"
 
 #include <QDBusMessage>
@@ -36,13 +37,18 @@ bool QtActivationBus::askRunningProgram() {
     return answer.type() == QDBusMessage::ReplyMessage;
 }
 
-void QtActivationBus::Activate(const QVariantMap& /*platformData*/) { activated_(); }
+void QtActivationBus::Activate(const QVariantMap& /*platformData*/) { activate(); }
 
-void QtActivationBus::Open(const QStringList& /*uris*/, const QVariantMap& /*platformData*/) { activated_(); }
+void QtActivationBus::Open(const QStringList& /*uris*/, const QVariantMap& /*platformData*/) { activate(); }
 
 void QtActivationBus::ActivateAction(const QString& /*name*/, const QVariantList& /*parameters*/,
                                      const QVariantMap& /*platformData*/) {
-    activated_();
+    activate();
+}
+
+void QtActivationBus::activate() {
+    if (isFromThisUser(connection(), message())) return activated_();
+    sendErrorReply(QDBusError::AccessDenied, QStringLiteral("Letterloft shows itself to its own user only."));
 }
 
 } // namespace letterloft

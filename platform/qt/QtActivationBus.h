@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusContext>
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
@@ -9,9 +10,9 @@
 namespace letterloft {
 
 // The program's name on the session bus, for a desktop that starts or raises programs there:
-// org.freedesktop.Application of the Desktop Entry Specification 1.5. Whatever a caller asks for, it gets the same: the
-// program shows itself.
-class QtActivationBus final : public QObject {
+// org.freedesktop.Application of the Desktop Entry Specification 1.5. Whatever a caller of this
+// user asks for, it gets the same: the program shows itself.
+class QtActivationBus final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
@@ -28,6 +29,8 @@ public Q_SLOTS:
     void ActivateAction(const QString& name, const QVariantList& parameters, const QVariantMap& platformData);
 
 private:
+    void activate();
+
     std::function<void()> activated_;
 };
 

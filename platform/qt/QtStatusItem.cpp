@@ -72,6 +72,7 @@ void QtStatusItem::attachMenu() {
     contextMenu_->setEmpty(!enabled_);
     popup_.reset();
     icon_->setContextMenu(&contextMenu_->widget());
+    if (host_.protocol() == QtTrayHost::Protocol::bus) door_ = std::make_unique<QtMenuDoor>();
     contextMenu_->update(); // only now it is known who draws it
     contextMenu_->follow();
     const bool isDrawnHere = host_.protocol() != QtTrayHost::Protocol::bus;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/StatusItem.h"
+#include "platform/qt/QtMenuDoor.h"
 #include "platform/qt/QtMenuView.h"
 #include "platform/qt/QtTrayHost.h"
 
@@ -48,6 +49,7 @@ private:
     std::unique_ptr<QtMenuView> contextMenu_; // the one that the status bar opens
     std::unique_ptr<QtMenuView> popup_;       // the one that a click opens here
     std::unique_ptr<QSystemTrayIcon> icon_;
+    std::unique_ptr<QtMenuDoor> door_; // before the menu on the bus
     bool menuIsOpen_ = false;
     bool hostTellsOfClosing_ = false;
 };
