@@ -89,13 +89,20 @@ void PlistSettingsStore::setText(const std::string& key, const std::string& valu
 
 void PlistSettingsStore::setList(const std::string& key, const std::vector<std::string>& texts) {
     if (!canStore(key, texts)) return;
-    plist_t former = valueAt(values_, key);
-    if (PLIST_IS_ARRAY(former) && plist_array_get_size(former) == texts.size() && *textsUnder(key) == texts) return;
-    plist_t array = plist_new_array();
-    for (const std::string& text : texts)
-        plist_array_append_item(array, plist_new_string(text.c_str()));
-    plist_dict_set_item(values_.get(), key.c_str(), array);
+    plist_t array = valueAt(values_, key);
+    const Texts* const former = PLIST_IS_ARRAY(array) ? textsUnder(key) : nullptr;
+    const bool hasOnlyTexts = former && plist_array_get_size(array) == former->size();
+    if (hasOnlyTexts && *former == texts) return;
+    // Most changes add one at the end, and a list may be long.
+    auto added = texts.begin();
+    if (hasOnlyTexts && former->size() < texts.size() && std::equal(former->begin(), former->end(), texts.begin()))
+        added += static_cast<std::ptrdiff_t>(former->size());
+    else
+        plist_dict_set_item(values_.get(), key.c_str(), array = plist_new_array());
+    for (; added != texts.end(); ++added)
+        plist_array_append_item(array, plist_new_string(added->c_str()));
     noteChange(key);
+    texts_[key] = texts;
 }
 
 void PlistSettingsStore::removeValue(const std::string& key) {
