@@ -103,10 +103,6 @@ class Host:
 class SessionManager:
     """The smallest X session manager (ICE 1.1, XSMP 1.0): takes one program in, and tells it of the log-out."""
 
-    OPCODE = 1
-    BYTE_ORDER, CONNECTION_SETUP, CONNECTION_REPLY, PROTOCOL_SETUP, PROTOCOL_REPLY = 1, 2, 6, 7, 8  # of ICE itself
-    REGISTER, REGISTERED, SAVE_YOURSELF, SAVED, DIE = 1, 2, 3, 8, 9
-
     def __init__(self, desktop):
         path = f"{desktop.root}/session"
         self.server = socket.socket(socket.AF_UNIX)
@@ -119,39 +115,40 @@ class SessionManager:
     def _take_in(self):
         self.client = self.server.accept()[0]
         self.stream = self.client.makefile("rb")
-        names = struct.pack("<HHHH", 0, 0, 0, 0)
-        self._send(0, self.BYTE_ORDER)
-        self._await(self.CONNECTION_SETUP)
-        self._send(0, self.CONNECTION_REPLY, body=names)
-        self._await(self.PROTOCOL_SETUP)
-        self._send(0, self.PROTOCOL_REPLY, 0, self.OPCODE, names)
-        self._await(self.REGISTER)
-        self._send(self.OPCODE, self.REGISTERED, body=struct.pack("<I4s", 4, b"1234"))
+        connection_setup, protocol_setup, register = 2, 7, 1
+        byte_order, connection_reply, protocol_reply, registered = 1, 6, 8, 2
+        self._send(0, byte_order)
+        self._await(connection_setup)
+        self._send(0, connection_reply, body=bytes(8))
+        self._await(protocol_setup)
+        self._send(0, protocol_reply, data=(0, 1), body=bytes(8))
+        self._await(register)
+        self._send(1, registered, body=struct.pack("<I4s", 4, b"1234"))
 
-    def _send(self, opcode, minor, first=0, second=0, body=b""):
-        self.client.sendall(struct.pack("<BBBBI", opcode, minor, first, second, len(body) // 8) + body)
+    def _send(self, protocol, message, data=(0, 0), body=b""):
+        self.client.sendall(struct.pack("<BBBBI", protocol, message, *data, len(body) // 8) + body)
 
-    def _await(self, minor):
+    def _await(self, message):
         found = None
-        while found != minor:
-            _, found, _, _, length = struct.unpack("<BBBBI", self.stream.read(8))
+        while found != message:
+            found, length = struct.unpack("<xBxxI", self.stream.read(8))
             self.stream.read(length * 8)
 
     def announce_log_out(self):
         """As every program is asked to save what it has; each is ended when all have answered."""
         self.entry.join()
-        whatever_it_takes, shutdown = 2, 1
-        self._send(self.OPCODE, self.SAVE_YOURSELF, body=struct.pack("<BBBB4x", whatever_it_takes, shutdown, 0, 0))
+        save_yourself, both_kinds, shutdown = 3, 2, 1
+        self._send(1, save_yourself, body=bytes([both_kinds, shutdown, 0, 0, 0, 0, 0, 0]))
 
     def log_out(self):
+        saved, die = 8, 9
         self.announce_log_out()
-        self._await(self.SAVED)
-        self._send(self.OPCODE, self.DIE)
+        self._await(saved)
+        self._send(1, die)
 
     def close(self):
-        self.stream.close()
-        self.client.close()
-        self.server.close()
+        for end in (self.stream, self.client, self.server):
+            end.close()
 
 
 class Desktop:
