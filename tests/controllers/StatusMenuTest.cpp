@@ -6,22 +6,11 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(FirstStart, MakesTheDefaultUserAndThenTheDefaults) {
+TEST(TheStatusItem, IsSetUpOnceWithTheMenuAboveTheFixedItems) {
     World world;
     world.start();
     EXPECT_THAT(world.menu.shown(),
                 ElementsAre("Default User [mailbox] !", "-", "Manage Accounts...", "Letterloft Help", "Quit"));
-    EXPECT_THAT(world.accounts(), ElementsAre("Default User"));
-    EXPECT_EQ(world.currentUser(), "Default User");
-    EXPECT_TRUE(world.files.folderExists(support + "/Default User"));
-    EXPECT_THAT(world.settings.list("Apps"), ElementsAre("/Applications/Mail.app"));
-    EXPECT_THAT(world.settings.list("/Applications/Mail.app"),
-                ElementsAre(home + "/Library/Preferences/com.apple.mail.plist", mailFolder, mailFolder + " Downloads"));
-    EXPECT_THAT(world.settings.list("AutostartApps"), ElementsAre("/Applications/Mail.app"));
-    EXPECT_FALSE(world.settings.hasValue("Autostart Apps"));
-    EXPECT_TRUE(world.isSaved());
-    EXPECT_THAT(world.log.lines, ElementsAre("We have no accounts present!  Creating a default user now..."));
-
     ASSERT_EQ(world.statusBar.items.size(), 1u);
     const FakeStatusBar::Shown& item = *world.statusBar.items.front();
     EXPECT_TRUE(item.highlights && item.enabled && item.menu == &world.menu);
@@ -71,20 +60,6 @@ TEST(Pruning, SparesWhatCantBeLookedAt) {
     world.start();
     EXPECT_THAT(world.accounts(), ElementsAre("A", "B"));
     EXPECT_EQ(world.currentUser(), "A");
-}
-
-TEST(Start, WithoutRoomForFoldersEndsWithoutAccounts) {
-    World world;
-    world.files.failingPaths = {support, support + "/Default User"};
-    world.start();
-    EXPECT_TRUE(world.settings.hasValue("Accounts"));
-    EXPECT_THAT(world.accounts(), IsEmpty());
-    EXPECT_THAT(world.accountRows(), IsEmpty());
-    ASSERT_GE(world.log.lines.size(), 3u);
-    EXPECT_THAT(world.log.lines[0], testing::StartsWith("There was an error creating the support folder:\nCan't make"));
-    EXPECT_EQ(world.log.lines[1], "We have no accounts present!  Creating a default user now...");
-    EXPECT_THAT(world.log.lines[2],
-                testing::StartsWith("There was an error creating a folder for the Default user:\nCan't make"));
 }
 
 TEST(ManageAccounts, LoadsTheWindowOnceAndShowsItAgain) {

@@ -72,13 +72,6 @@ TYPED_TEST(MenuContract, InsertsMovingTheItemsBelowDown) {
     EXPECT_EQ(this->titles(), (Titles{"b", "a", "c", "-"}));
 }
 
-TYPED_TEST(MenuContract, KeepsEveryTitleAsGiven) {
-    const Titles odd{"R&D", "a_b", "tab\there", "two\nlines", "", "<b>x</b>", "&", "\xC3\xA9"};
-    for (auto title = odd.rbegin(); title != odd.rend(); ++title)
-        this->insert(*title);
-    EXPECT_EQ(this->titles(), odd);
-}
-
 TYPED_TEST(MenuContract, RemovesTheItemItself_OfTwoWithOneTitle) {
     bool isChosen = false;
     this->insert("twin", [&](Sender*) { isChosen = true; });
