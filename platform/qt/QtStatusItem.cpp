@@ -1,6 +1,7 @@
 #include "platform/qt/QtStatusItem.h"
 
 #include "platform/qt/QtImage.h"
+#include "platform/qt/QtNamedIcon.h"
 #include "platform/qt/QtText.h"
 
 #include <QCursor>
@@ -9,6 +10,12 @@
 #include <utility>
 
 namespace letterloft {
+
+namespace {
+
+const auto symbolicName = QStringLiteral("org.letterloft.Letterloft-symbolic");
+
+} // namespace
 
 QtStatusItem::QtStatusItem(QtTrayHost& host, std::function<void()> showMenuElsewhere)
     : host_{host}, showMenuElsewhere_{std::move(showMenuElsewhere)} {
@@ -93,7 +100,8 @@ void QtStatusItem::showToolTip() {
 void QtStatusItem::showImage() {
     if (!icon_) return;
     const bool alternates = highlights_ && menuIsOpen_ && alternateImage_;
-    icon_->setIcon(QtImage::iconOf(alternates ? alternateImage_ : image_));
+    const QIcon icon = QtImage::iconOf(alternates ? alternateImage_ : image_);
+    icon_->setIcon(alternates ? icon : withSymbolicName(icon, symbolicName));
 }
 
 void QtStatusItem::popUpMenu() {
