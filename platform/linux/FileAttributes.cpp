@@ -46,7 +46,10 @@ int FileAttributes::copy(int original, int copy, const struct statx& info, mode_
     const bool owned = setOwner(copy, "", AT_EMPTY_PATH, info);
     copyExtended(original, copy);
     const mode_t mode = modeFor(info, owned);
-    if (mode != made && calls_.fchmod(copy, mode) != 0) return -1;
+    if (mode != made && calls_.fchmod(copy, mode) != 0) {
+        if (errno != EPERM) return -1;
+        logLoss("mode", errno); // of our own file, so its file system knows only some
+    }
     return calls_.utimensat(copy, nullptr, timesOf(info).data(), 0);
 }
 

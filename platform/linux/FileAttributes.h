@@ -10,7 +10,7 @@
 namespace letterloft {
 
 // Gives copies what their originals have besides contents: owner, user attributes, access control lists, mode, times.
-// What the copy can't have is logged once for each kind; only a mode or a time that can't be set is a failure (-1 with
+// What the copy can't have is logged once for each kind; only an error with a mode or a time is a failure (-1 with
 // errno). The attributes of links and fifos are set by name.
 class FileAttributes {
 public:

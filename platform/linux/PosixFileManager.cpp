@@ -120,8 +120,14 @@ Status PosixFileManager::moveItem(const std::string& fromPath, const std::string
     }
     if (errno != EXDEV) return moveFailure(from, to, reasonAgainstMove(from, to, errno));
     Status moved = MoveAcross{parts_.log, parts_.calls, parts_.progress, from, to}.run();
-    changedFolders_.addMove(from, to);
-    return moved ? moved : moveFailure(from, to, moved.sentence());
+    if (moved) {
+        changedFolders_.addMove(from, to);
+        return moved;
+    }
+    // The marks have come and gone.
+    changedFolders_.add(parentFolder(from));
+    changedFolders_.add(parentFolder(to));
+    return moveFailure(from, to, moved.sentence());
 }
 
 Status PosixFileManager::refusalToMove(const std::string& from, const std::string& to) {
@@ -177,6 +183,7 @@ Status PosixFileManager::removeItem(const std::string& path) {
     if (parts_.calls.statx(AT_FDCWD, home_.c_str(), 0, &home) == 0 && FileIdentity{home} == FileIdentity{info})
         return failure("%@ is the home folder and is never removed", whole);
     protectedPaths_.look();
+    changedFolders_.add(parentFolder(whole));
     return removeTree(parts_.calls, parent.get(), parentFolder(whole), name, ReadOnlyFolders::respected);
 }
 
