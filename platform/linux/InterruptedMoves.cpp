@@ -98,9 +98,22 @@ void InterruptedMoves::settleByNote(const Place& place, int folder, const MoveNo
     if (staging == Presence::there) removeStaging(targetPath, mark);
     // With neither a staging tree nor a copy, or with the first, the move had not come to the source yet.
     if (staging == Presence::there || copy == Presence::missing) return removal.removeNote();
+    if (aside == Presence::missing && hadSetAside(folder, mark)) return removal.removeNote();
+    // The move may have died after it gave the copy its name and before that was durable.
+    if (calls_.syncfs(target.get()) != 0) {
+        log_.write(filledForLog("The interrupted move of %@ to %@ can't be settled: %@",
+                                {joined(place.folder, note.item), note.target, systemReason(errno)}));
+        return;
+    }
     CopyWitness witness{calls_, target.get(), targetName};
     if (aside == Presence::there) return removal.removeAside(witness);
     removal.setAsideAndRemove(witness);
+}
+
+bool InterruptedMoves::hadSetAside(int folder, const MoveMark& mark) {
+    struct statx info {};
+    const std::string note = mark.name(MoveMark::Kind::note);
+    return calls_.statx(folder, note.c_str(), AT_SYMLINK_NOFOLLOW, &info) == 0 && info.stx_mtime.tv_sec == 0;
 }
 
 void InterruptedMoves::putBack(const Place& place, int folder, const MoveNote& note) {

@@ -29,6 +29,7 @@ private:
     void settleNote(const Place& place);
     bool isTrusted(int folder, const std::string& note);
     void settleByNote(const Place& place, int folder, const MoveNote& note);
+    bool hadSetAside(int folder, const MoveMark& mark);
     void settleAside(const Place& place);
     void removeStaging(const std::string& folderPath, const MoveMark& mark);
     void putBack(const Place& place, int folder, const MoveNote& note);

@@ -34,9 +34,11 @@ Status MoveAcross::run() {
     if (Status listed = listTree(calls_, source_, items); !listed) return listed;
     if (Status roomy = checkRoom(items); !roomy) return roomy;
     if (Status noted = writeNote(); !noted) return noted;
-    Status moved = copy(items);
-    if (moved) moved = makeDurable();
+    progress_.began(from_, items.bytes());
+    Status moved = TreeCopy{log_, calls_, progress_, items}.run(source_, staging_);
+    if (moved) moved = makeDurable(); // what the system has only taken in so far may take it longer than the copy
     if (moved) moved = publish();
+    progress_.ended();
     if (!moved) {
         retract();
         return moved;
@@ -68,7 +70,8 @@ Status MoveAcross::checkRoom(const CopiedItems& items) const {
     if (calls_.fstatvfs(staging_.folder, &target) != 0)
         return systemFailure("the room in %@ can't be told", staging_.folderPath);
     // Two parts of one file system may share the blocks.
-    if (calls_.fstatvfs(source_.folder, &source) == 0 && source.f_fsid == target.f_fsid) return Status::ok();
+    if (calls_.fstatvfs(source_.folder, &source) == 0 && source.f_fsid == target.f_fsid && source.f_fsid != 0)
+        return Status::ok();
     const bool tellsSize = target.f_frsize != 0 && target.f_blocks != 0; // some file systems tell none
     if (tellsSize && items.bytes() / target.f_frsize > target.f_bavail)
         return Status::failure(filled(
@@ -90,13 +93,6 @@ Status MoveAcross::writeNote() {
     if (calls_.symlinkat(text.c_str(), source_.folder, name.c_str()) == 0) return Status::ok();
     if (errno == EPERM || errno == EOPNOTSUPP || errno == ENAMETOOLONG) return Status::ok();
     return systemFailure("the folder %@ can't be changed", source_.folderPath);
-}
-
-Status MoveAcross::copy(CopiedItems& items) {
-    progress_.began(from_, items.bytes());
-    Status copied = TreeCopy{log_, calls_, progress_, items}.run(source_, staging_);
-    progress_.ended();
-    return copied;
 }
 
 // One sync of the whole file system costs a fraction of one for each file. One that fails is not tried again: the

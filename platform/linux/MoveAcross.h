@@ -25,7 +25,6 @@ private:
     Status open();
     Status checkRoom(const CopiedItems& items) const;
     Status writeNote();
-    Status copy(CopiedItems& items);
     Status makeDurable();
     Status publish();
     void retract();

@@ -40,7 +40,9 @@ std::string MoveMark::name(Kind kind) const { return prefix + number + suffix(ki
 std::optional<MoveNote> MoveNote::fromText(const std::string& text) {
     const std::size_t slash = text.find('/');
     if (slash == 0 || slash == std::string::npos) return std::nullopt;
-    return MoveNote{text.substr(0, slash), text.substr(slash)};
+    const std::string item = text.substr(0, slash);
+    if (item == "." || item == "..") return std::nullopt;
+    return MoveNote{item, text.substr(slash)};
 }
 
 std::optional<FoundMark> moveMarkNamed(const std::string& name) {

@@ -8,7 +8,8 @@ namespace letterloft {
 // The hidden names by which a move across file systems can be told apart and settled after a crash. All of one move
 // share a number:
 //   note     in the source's folder, made first and removed last: a link whose text is the item's name, followed by the
-//            absolute path it moves to
+//            absolute path it moves to; last changed in 1970 once the item has been set aside, so that what
+//            comes to its place later is never taken for it
 //   staging  in the target's folder: the copy, until it is complete and durable and gets the item's name
 //   aside    in the source's folder: the item itself, once the copy has the item's name, while it is being removed
 struct MoveMark {

@@ -5,6 +5,7 @@
 #include "storage/SupportFolder.h"
 #include "storage/Text.h"
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <dirent.h>
@@ -54,14 +55,14 @@ public:
 
     Status leave(int folder, const TreeEntry& entry, int opened, const struct statx& info) override {
         witness_.leave();
-        if (calls_.unlinkat(folder, entry.name, AT_REMOVEDIR) == 0) return Status::ok();
+        if (calls_.unlinkat(folder, entry.name, AT_REMOVEDIR) == 0 || errno == ENOENT) return Status::ok();
         if (errno != ENOTEMPTY || stays_ == 0) keep(walk_.pathOf(entry), systemReason(errno));
         if (!isOpenToUs(info)) calls_.fchmod(opened, info.stx_mode & 07777u);
         return Status::ok();
     }
 
     Status unopened(const std::string& path, int error) override {
-        keep(path, systemReason(error));
+        if (error != ENOENT) keep(path, systemReason(error));
         return Status::ok();
     }
 
@@ -72,22 +73,26 @@ public:
 private:
     static bool isOpenToUs(const struct statx& info) { return (info.stx_mode & S_IRWXU) == S_IRWXU; }
 
-    // Removes it, or says why not.
+    // Removes it, or says why not. Nobody opens a file while its lease is held: what it is looked at after that is what
+    // goes.
     std::string reasonToKeep(int folder, const TreeEntry& entry) {
         struct statx info {};
         OpenFile file;
         if (entry.type == DT_REG) {
             file = openForReading(calls_, folder, entry.name);
-            if (!file) return systemReason(errno);
+            if (!file) return reasonUnlessGone();
+            // Other errors tell that the file system or the file's owner allows no leases: then nobody can know.
+            if (calls_.setLease(file.get(), F_WRLCK) != 0 && errno == EAGAIN) return "a program has it open";
         }
         const bool looked = file ? calls_.statx(file.get(), "", AT_EMPTY_PATH, &info) == 0
                                  : calls_.statx(folder, entry.name, AT_SYMLINK_NOFOLLOW, &info) == 0;
-        if (!looked) return systemReason(errno);
+        if (!looked) return reasonUnlessGone();
         if (!witness_.holds(entry, info)) return "it is new or has changed";
-        // Other errors tell that the file system or the file's owner allows no leases: then nobody can know.
-        if (file && calls_.setLease(file.get(), F_WRLCK) != 0 && errno == EAGAIN) return "a program has it open";
-        return calls_.unlinkat(folder, entry.name, 0) == 0 ? std::string{} : systemReason(errno);
+        return calls_.unlinkat(folder, entry.name, 0) == 0 ? std::string{} : reasonUnlessGone();
     }
+
+    // What somebody else has removed meanwhile does not stay.
+    static std::string reasonUnlessGone() { return errno == ENOENT ? std::string{} : systemReason(errno); }
 
     FileSystemCalls& calls_;
     const TreeWalk& walk_;
@@ -136,6 +141,8 @@ bool CopyWitness::holds(const TreeEntry& entry, const struct statx& info) {
 void SourceRemoval::setAsideAndRemove(Witness& witness) {
     const std::string aside = mark_.name(MoveMark::Kind::aside);
     if (renameNoReplace(calls_, source_.folder, source_.name.c_str(), source_.folder, aside.c_str()) == 0) {
+        const std::array<timespec, 2> in1970{};
+        calls_.utimensat(source_.folder, mark_.name(MoveMark::Kind::note).c_str(), in1970.data(), AT_SYMLINK_NOFOLLOW);
         // Without it nothing would be lost: what is removed is durable at the target.
         calls_.fsync(source_.folder);
         return removeAside(witness);
