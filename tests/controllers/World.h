@@ -35,10 +35,49 @@ inline const std::string home = "/home/user";
 inline const std::string support = home + "/Library/Application Support/Letterloft";
 inline const std::string mailFolder = home + "/Library/Mail";
 
-// The whole program over fakes. Tests go through its doors: items of the menu, controls and sheets of the window.
-struct World {
-    FakeSettingsStore settings;
-    FakeFileManager files{home};
+// The program with all that is around it faked, but for its settings and files. Tests go through its doors: items of
+// the menu, controls and sheets of the window.
+struct ProgramOverFakes {
+    ProgramOverFakes(SettingsStore& settings, FileManager& files)
+        : delegate{settings, files},
+          menuLet{{settings, files, running, launcher, runLoop, application, statusBar, images, notifications, log,
+                   [this, &settings, &files] {
+                       auto made = LLAccountController::initWithWindow(
+                           {settings, files, interfaceFiles, alerts, panels, notifications, calendar, log}, nullptr);
+                       controller = made.get();
+                       return made;
+                   }},
+                  menu} {
+        int row = 0;
+        for (const char* title : {"Manage Accounts...", "Letterloft Help", "Quit"}) {
+            auto item = menu.makeItem(title);
+            item->setAction([this, manages = row == 0](Sender* sender) {
+                if (manages) menuLet.manageAccounts(sender);
+            });
+            menu.insertItem(item, static_cast<std::size_t>(row++));
+        }
+    }
+
+    void start() {
+        menuLet.awakeFromNib();
+        delegate.applicationDidFinishLaunching();
+    }
+
+    void openManager() { EXPECT_TRUE(menu.choose("Manage Accounts...")); }
+
+    // The rows above the separator over the fixed items.
+    Texts accountRows() const {
+        Texts rows = menu.shown();
+        rows.erase(std::find(rows.begin(), rows.end(), "-"), rows.end());
+        return rows;
+    }
+
+    void press(const std::string& operation) { interfaceFiles.press(operation); }
+    FakeWindow& window() { return interfaceFiles.file->manager; }
+    FakeTableView& table() { return interfaceFiles.file->accounts; }
+    FakeOutlineView& outline() { return interfaceFiles.file->outline; }
+    std::shared_ptr<FakeSheet> sheet() { return window().sheet; }
+
     FakeRunLoop runLoop;
     FakeRunningApplications running{runLoop};
     FakeLauncher launcher;
@@ -53,27 +92,18 @@ struct World {
     FakeInterfaceFiles interfaceFiles{notifications};
     FakeMenu menu;
     LLAccountController* controller = nullptr; // once the manager has been opened
-    LetterloftAppDelegate delegate{settings, files};
-    LLMenuLet menuLet{{settings, files, running, launcher, runLoop, application, statusBar, images, notifications, log,
-                       [this] {
-                           auto made = LLAccountController::initWithWindow(
-                               {settings, files, interfaceFiles, alerts, panels, notifications, calendar, log},
-                               nullptr);
-                           controller = made.get();
-                           return made;
-                       }},
-                      menu};
+    LetterloftAppDelegate delegate;
+    LLMenuLet menuLet;
+};
 
-    World() {
-        int row = 0;
-        for (const char* title : {"Manage Accounts...", "Letterloft Help", "Quit"}) {
-            auto item = menu.makeItem(title);
-            item->setAction([this, manages = row == 0](Sender* sender) {
-                if (manages) menuLet.manageAccounts(sender);
-            });
-            menu.insertItem(item, static_cast<std::size_t>(row++));
-        }
-    }
+struct FakeDisk {
+    FakeSettingsStore settings;
+    FakeFileManager files{home};
+};
+
+// The whole program over fakes.
+struct World : FakeDisk, ProgramOverFakes {
+    World() : ProgramOverFakes{FakeDisk::settings, FakeDisk::files} {}
 
     // Accounts with their folders; the first is the current one. Apps is left empty, so no defaults are written.
     explicit World(const Texts& accounts) : World() {
@@ -84,16 +114,8 @@ struct World {
             files.addFolder(folderOf(name));
     }
 
-    World& start() {
-        menuLet.awakeFromNib();
-        delegate.applicationDidFinishLaunching();
-        return *this;
-    }
-
-    World& openManager() {
-        EXPECT_TRUE(menu.choose("Manage Accounts..."));
-        return *this;
-    }
+    World& start() { return ProgramOverFakes::start(), *this; }
+    World& openManager() { return ProgramOverFakes::openManager(), *this; }
 
     void manage(const std::string& app, const Texts& items) {
         Texts apps = settings.list(keys::apps);
@@ -106,19 +128,6 @@ struct World {
     Texts accounts() const { return settings.list(keys::accounts); }
     std::string currentUser() const { return settings.text(keys::currentUser).value_or("(none)"); }
     std::string textAt(const std::string& path) const { return files.textAt(path).value_or("(nothing)"); }
-
-    // The rows above the separator over the fixed items.
-    Texts accountRows() const {
-        Texts rows = menu.shown();
-        rows.erase(std::find(rows.begin(), rows.end(), "-"), rows.end());
-        return rows;
-    }
-
-    void press(const std::string& operation) { interfaceFiles.press(operation); }
-    FakeWindow& window() { return interfaceFiles.file->manager; }
-    FakeTableView& table() { return interfaceFiles.file->accounts; }
-    FakeOutlineView& outline() { return interfaceFiles.file->outline; }
-    std::shared_ptr<FakeSheet> sheet() { return window().sheet; }
     bool isSaved() const { return settings.saved == settings.values; }
 };
 

@@ -2,7 +2,6 @@ letterloft_test(controllers_test
     SOURCES
         ${PROJECT_SOURCE_DIR}/tests/controllers/AccountsTest.cpp
         ${PROJECT_SOURCE_DIR}/tests/controllers/ApplicationsTest.cpp
-        ${PROJECT_SOURCE_DIR}/tests/controllers/FaultSweepTest.cpp
         ${PROJECT_SOURCE_DIR}/tests/controllers/ResetTest.cpp
         ${PROJECT_SOURCE_DIR}/tests/controllers/StatusMenuTest.cpp
         ${PROJECT_SOURCE_DIR}/tests/controllers/StorageTest.cpp

@@ -10,7 +10,8 @@
 namespace letterloft {
 
 // The system calls with one thing that goes wrong at the Nth of them. Calls count from 1; those that only look are
-// counted too. Nothing is really synced: the end of a process takes nothing from the kernel, and the disk is slow.
+// counted too. Nothing is really synced unless it is asked for: the end of a process takes nothing from the kernel, and
+// the disk is slow.
 class FaultyCalls final : public FileSystemCalls {
 public:
     enum class Fault { none, fails, failsFromThenOn, isCutShort, ends };
@@ -19,7 +20,15 @@ public:
     FaultyCalls() = default;
     FaultyCalls(Fault fault, int at) : fault_{fault}, at_{at} {}
 
+    // Counts anew, with another fault.
+    void strikeAt(Fault fault, int at) {
+        fault_ = fault;
+        at_ = at;
+        count = 0;
+    }
+
     int count = 0;
+    bool syncs = false;
     std::vector<std::string> order; // of the calls that change something or make it durable
 
     int openat(int folder, const char* path, int flags, mode_t mode) override {
@@ -55,9 +64,12 @@ public:
     int ftruncate(int file, off_t size) override {
         return strikes("write") ? -1 : FileSystemCalls::ftruncate(file, size);
     }
-    int fsync(int) override { return strikes("fsync") ? -1 : 0; }
-    int syncfs(int) override { return strikes("syncfs") ? -1 : 0; }
-    void sync() override { strikes("sync"); }
+    int fsync(int file) override { return strikes("fsync") ? -1 : syncs ? FileSystemCalls::fsync(file) : 0; }
+    int syncfs(int file) override { return strikes("syncfs") ? -1 : syncs ? FileSystemCalls::syncfs(file) : 0; }
+    void sync() override {
+        strikes("sync");
+        if (syncs) FileSystemCalls::sync();
+    }
     int mkdirat(int folder, const char* name, mode_t mode) override {
         return strikes("make") ? -1 : FileSystemCalls::mkdirat(folder, name, mode);
     }
@@ -97,6 +109,9 @@ public:
     }
     int fsetxattr(int file, const char* name, const void* value, std::size_t size) override {
         return strikes("") ? -1 : FileSystemCalls::fsetxattr(file, name, value, size);
+    }
+    int fremovexattr(int file, const char* name) override {
+        return strikes("") ? -1 : FileSystemCalls::fremovexattr(file, name);
     }
     int setLease(int file, int lease) override { return strikes("") ? -1 : FileSystemCalls::setLease(file, lease); }
 

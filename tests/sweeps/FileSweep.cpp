@@ -151,26 +151,6 @@ TEST_P(MoveSweep, DiesAtEveryCall) {
     }
 }
 
-TEST_P(MoveSweep, DiesAgainWhileItRecovers) {
-    const int last = points();
-    for (int at = 1; at <= last && !HasFailure(); at += 7) {
-        const auto settling = [](const Scene& scene) {
-            return [&scene](PosixFileManager& files) { files.settle({scene.to(), scene.from()}); };
-        };
-        const Scene trial = fresh();
-        runToItsEndAt(at, moving(trial));
-        const int settleCalls = countedCalls(settling(trial));
-        for (int again = 1; again <= settleCalls && !HasFailure(); again += 3) {
-            SCOPED_TRACE(testing::Message() << at << ", then " << again);
-            const Scene scene = fresh();
-            runToItsEndAt(at, moving(scene));
-            runToItsEndAt(again, settling(scene));
-            EXPECT_TRUE(scene.sourceIsWhole() || scene.targetIsWhole());
-            expectRecovery(scene);
-        }
-    }
-}
-
 TEST_P(MoveSweep, MeetsAnErrorAtEveryCall) {
     const int last = points();
     for (const Fault fault : {Fault::fails, Fault::failsFromThenOn, Fault::isCutShort}) {

@@ -35,11 +35,6 @@ struct stat lookedAt(const std::string& path) {
     return info;
 }
 
-void setTime(const std::string& path, long seconds) {
-    const std::array<timespec, 2> times{{{seconds, 123456789}, {seconds + 1, 987654321}}};
-    if (utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW) != 0) endProgram("no time for " + path);
-}
-
 std::string contentsOf(const std::string& path) {
     std::ostringstream contents;
     contents << std::ifstream{path, std::ios::binary}.rdbuf();
@@ -78,6 +73,11 @@ ScratchFolders::~ScratchFolders() {
 
 void writeFile(const std::string& path, const std::string& contents) {
     std::ofstream{path, std::ios::binary} << contents;
+}
+
+void setTime(const std::string& path, long seconds) {
+    const std::array<timespec, 2> times{{{seconds, 123456789}, {seconds + 1, 987654321}}};
+    if (utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW) != 0) endProgram("no time for " + path);
 }
 
 void makeTortureTree(const std::string& path, const std::string& sentinel) {

@@ -25,6 +25,9 @@ private:
 
 void writeFile(const std::string& path, const std::string& contents);
 
+// Of the last change, of a link itself; to the nanosecond.
+void setTime(const std::string& path, long seconds);
+
 // A folder of 12 things that copies get wrong: an empty file, one with a hole, one of a few blocks, two names of one
 // file, a program, a link to nothing, a link out of the tree to `sentinel`, an empty folder, a read-only folder with a
 // file, a fifo, a name of 255 bytes, and one with a newline and bytes that are no text. All have times of their own,
