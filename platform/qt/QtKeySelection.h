@@ -16,6 +16,7 @@ public:
 
 private:
     bool isEdited() const;
+    bool goToEndOfTable(int key);
     bool selectCurrentRow(int key);
 
     QAbstractItemView& view_;
