@@ -1,8 +1,21 @@
 #include "platform/qt/QtCellDelegate.h"
 
 #include <QLineEdit>
+#include <QPainter>
+#include <QStyle>
 
 namespace letterloft {
+
+namespace {
+
+// The style Fusion draws a check box's frame darker than the window, so on a dark page none is seen (Qt 6.4).
+bool hidesBoxes(const QStyleOptionViewItem& option) {
+    const QPalette& colors = option.palette;
+    const bool isDark = colors.color(QPalette::Base).lightness() < colors.color(QPalette::Text).lightness();
+    return isDark && option.widget && option.widget->style()->name() == QLatin1String{"fusion"};
+}
+
+} // namespace
 
 QtCellDelegate::QtCellDelegate(QAbstractItemView& view) : QStyledItemDelegate{&view} { view.setItemDelegate(this); }
 
@@ -17,6 +30,21 @@ void QtCellDelegate::dropEdit() {
 QSize QtCellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
     const QSize hint = QStyledItemDelegate::sizeHint(option, index);
     return option.widget ? hint.expandedTo({0, rowHeight(*option.widget)}) : hint;
+}
+
+void QtCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    QStyledItemDelegate::paint(painter, option, index);
+    if (!hidesBoxes(option)) return;
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    if (!cell.features.testFlag(QStyleOptionViewItem::HasCheckIndicator)) return;
+    const QRect box = option.widget->style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &cell, cell.widget);
+    QColor frame = cell.palette.color(QPalette::Text);
+    frame.setAlphaF(0.5F);
+    painter->save();
+    painter->setPen(frame);
+    painter->drawRect(box.adjusted(0, 0, -1, -1));
+    painter->restore();
 }
 
 QWidget* QtCellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option,

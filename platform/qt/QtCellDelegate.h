@@ -20,6 +20,7 @@ public:
     // How high a row is that can be hit with ease, for the view's font.
     static int rowHeight(const QWidget& view) { return view.fontMetrics().height() * 3 / 2; }
 
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
