@@ -15,12 +15,28 @@ namespace letterloft {
 
 namespace {
 
+// A label breaks no line within a word, and a name may be a word of 255 letters.
+QString breakable(const QString& text) {
+    constexpr int longestRun = 60;
+    constexpr QChar mayBreak{0x200B};
+    QString out;
+    int run = 0;
+    for (const QChar c : text) {
+        out += c;
+        run = c.isSpace() || c == QLatin1Char{'/'} ? 0 : run + 1;
+        if (run < longestRun || c.isHighSurrogate()) continue;
+        out += mayBreak;
+        run = 0;
+    }
+    return out;
+}
+
 std::unique_ptr<QMessageBox> messageBox(QMessageBox::Icon icon, const std::string& text) {
     auto box = std::make_unique<QMessageBox>();
     box->setIcon(icon);
     box->setWindowTitle(QGuiApplication::applicationDisplayName());
     box->setTextFormat(Qt::PlainText);
-    box->setText(toQt(text));
+    box->setText(breakable(toQt(text)));
     return box;
 }
 
