@@ -43,6 +43,12 @@ QLabel* plainLabel(const QString& text) {
 
 } // namespace
 
+QVariant QtFileChooser::Entries::data(const QModelIndex& index, int role) const {
+    constexpr int sizeColumn = 1;
+    if (role == Qt::DisplayRole && index.column() == sizeColumn && size(index) < 0) return {};
+    return QFileSystemModel::data(index, role);
+}
+
 QtFileChooser::QtFileChooser(const Wanted& wanted)
     : canChoose_{wanted.canChoose},
       location_{new QLineEdit},

@@ -35,6 +35,12 @@ public:
     void accept() override;
 
 private:
+    // Qt gives a dangling link "-1 bytes" (6.4).
+    class Entries final : public QFileSystemModel {
+    public:
+        QVariant data(const QModelIndex& index, int role) const override;
+    };
+
     void layOut(const Wanted& wanted);
     void wire();
     void showFolder(const QString& folder);
@@ -47,7 +53,7 @@ private:
 
     std::function<bool(const QFileInfo&)> canChoose_;
     QFileIconProvider icons_; // outlives the model
-    QFileSystemModel model_;
+    Entries model_;
     QLineEdit* location_;
     QPushButton* up_;
     QTreeView* entries_;
