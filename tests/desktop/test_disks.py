@@ -35,9 +35,9 @@ class Disks(DesktopTest):
             if not program.is_running():
                 program = self.start()
             program.choose(accounts[1])
-            while not marks() and self.desktop.settings()["Current User"] == accounts[0]:
+            while not marks() and self.desktop.settings()["Current User"] == accounts[0] and program.is_running():
                 pass
-            program.end(by=signal.SIGKILL)
+            self.assertEqual(program.end(by=signal.SIGKILL), -signal.SIGKILL, program.log())
         program = self.start()
         self.assertEqual(marks(), [])
         whole_once = [[mail, {}], [{}, mail]]
