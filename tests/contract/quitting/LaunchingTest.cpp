@@ -172,17 +172,6 @@ TEST_F(LaunchOfEntry, AsksForAScopeOfItsOwn) {
     EXPECT_NE(request.find("uint32 " + pidReported() + " "), std::string::npos) << request;
 }
 
-TEST_F(LaunchOfEntry, OutlivesUs) {
-    const std::string path = entry(reportingExec());
-    const pid_t us = fork();
-    if (us == 0) _exit(launcher.launchApplication(path) ? 0 : 1);
-    int status = 0;
-    waitpid(us, &status, 0);
-    EXPECT_EQ(status, 0);
-    reportUntil("ready");
-    EXPECT_EQ(kill(std::stoi(pidReported()), 0), 0);
-}
-
 using LaunchOfFile = Launching;
 
 TEST_F(LaunchOfFile, StartsAnExecutableOrTheOneOfABundleWithoutOurLaunchMark) {

@@ -134,29 +134,27 @@ private:
         const xcb_window_t window = xcb_generate_id(server_);
         xcb_create_window(server_, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 50, 50, 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
-        const auto set = [&](xcb_atom_t property, xcb_atom_t type, std::uint8_t format, std::uint32_t size,
-                             const void* data) {
-            xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window, property, type, format, size, data);
-        };
         const std::string named = windows_.empty() && has("class") ? option("class") : "Tester";
         const std::string both = std::string{"main"} + '\0' + named + '\0';
-        set(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(both.size()), both.data());
+        setText(window, "WM_CLASS", both);
         const pid_t nobody = 1; // as a program in a container tells its own number there
-        set(atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &nobody);
-        if (!has("no-delete")) set(protocols_, XCB_ATOM_ATOM, 32, 1, &deleteWindow_);
-        if (owner != XCB_WINDOW_NONE) set(XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 32, 1, &owner);
-        if (has("bus")) {
-            const std::string id = option("bus");
-            set(atom("_GTK_APPLICATION_ID"), atom("UTF8_STRING"), 8, static_cast<std::uint32_t>(id.size()), id.data());
-        }
+        set(window, atom("_NET_WM_PID"), 32, 1, &nobody);
+        if (!has("no-delete")) set(window, protocols_, 32, 1, &deleteWindow_);
+        if (owner != XCB_WINDOW_NONE) set(window, XCB_ATOM_WM_TRANSIENT_FOR, 32, 1, &owner);
+        if (has("bus")) setText(window, "_GTK_APPLICATION_ID", option("bus"));
         xcb_map_window(server_, window);
         std::free(xcb_get_input_focus_reply(server_, xcb_get_input_focus(server_), nullptr)); // all done by now
         return window;
     }
 
+    // Nobody looks at the type.
+    void set(xcb_window_t window, xcb_atom_t property, std::uint8_t format, std::size_t size, const void* data) {
+        xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window, property, XCB_ATOM_STRING, format,
+                            static_cast<std::uint32_t>(size), data);
+    }
+
     void setText(xcb_window_t window, const char* property, const std::string& text) {
-        xcb_change_property(server_, XCB_PROP_MODE_REPLACE, window, atom(property), atom("UTF8_STRING"), 8,
-                            static_cast<std::uint32_t>(text.size()), text.data());
+        set(window, atom(property), 8, text.size(), text.data());
     }
 
     // A GApplication of its own object, so that the program speaks as GTK's programs do.
