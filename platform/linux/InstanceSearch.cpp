@@ -30,11 +30,19 @@ std::vector<InstanceSearch::Found> InstanceSearch::instances() {
         all.push_back(std::move(found));
     }
     // A wrapper ends with the last program below it, so it is waited for with that one.
-    for (const auto& [wrapper, program] : wrappers_)
-        for (auto& found : all)
-            if (found.program->identity.pid == program && taken.insert(wrapper).second)
-                found.others.push_back(table_.find(wrapper));
+    for (const auto& [wrapper, program] : wrappers_) {
+        const auto last =
+            std::find_if(all.rbegin(), all.rend(), [&, id = wrapper, stead = program](const Found& found) {
+                return found.program->identity.pid == stead || isBelow(*found.program, id);
+            });
+        if (last != all.rend() && taken.insert(wrapper).second) last->others.push_back(table_.find(wrapper));
+    }
     return all;
+}
+
+bool InstanceSearch::isBelow(const Process& process, pid_t above) const {
+    const auto ancestors = table_.ancestorsOf(process);
+    return std::find(ancestors.begin(), ancestors.end(), table_.find(above)) != ancestors.end();
 }
 
 void InstanceSearch::collectWindows(XWindows& windows) {
@@ -97,10 +105,8 @@ void InstanceSearch::takeProgramsOfWrappers() {
 
 // The program to be asked in the wrapper's stead, which is one from now on; 0 for none.
 pid_t InstanceSearch::programBelow(const Process& wrapper) {
-    for (const pid_t pid : programs_) {
-        const auto ancestors = table_.ancestorsOf(*table_.find(pid));
-        if (std::find(ancestors.begin(), ancestors.end(), &wrapper) != ancestors.end()) return pid;
-    }
+    for (const pid_t pid : programs_)
+        if (isBelow(*table_.find(pid), wrapper.identity.pid)) return pid;
     const Process* parent = table_.find(wrapper.parent);
     if (parent && isSubshell(wrapper, *parent)) return 0; // the shell it came from is looked at
     // What serves an AppImage its files ends with the program.

@@ -34,6 +34,7 @@ private:
     void leaveOutWrappers();
     void takeProgramsOfWrappers();
     pid_t programBelow(const Process& wrapper);
+    bool isBelow(const Process& process, pid_t above) const;
     static bool isSubshell(const Process& child, const Process& shell);
     std::vector<const Process*> startedBy(const Process& wrapper) const;
     void leaveOutChildren();
