@@ -125,7 +125,9 @@ void QtMenuDoor::handOn(const QDBusMessage& call) {
         mayCall(call) ? answerTo(call)
                       : call.createErrorReply(QDBusError::AccessDenied,
                                               QStringLiteral("This menu is open to programs of its own user only."));
-    if (call.isReplyRequired()) bus_.send(answer);
+    if (!call.isReplyRequired() || bus_.send(answer)) return;
+    // Qt has the answer of GetProperty() empty, which no message can hold, and would leave the caller waiting.
+    bus_.send(call.createErrorReply(QDBusError::Failed, call.member()));
 }
 
 // The bus gives no name twice.
