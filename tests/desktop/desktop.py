@@ -45,7 +45,7 @@ PANEL = """<?xml version="1.0" encoding="UTF-8"?>
 BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig><type>session</type><listen>unix:dir={runtime}</listen><servicedir>{services}</servicedir>
-<policy context="default"><allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/></policy></busconfig>
+<policy context="default"><allow user="*"/><allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/></policy></busconfig>
 """
 
 WATCHER_INTERFACE = """<node><interface name="org.kde.StatusNotifierWatcher">
