@@ -107,6 +107,7 @@ public:
 private:
     void expectFiles(const Outcome& outcome) const;
     void expectNextSwitches(RealProgram& program, int switches, const Outcome& outcome) const;
+    void expectNextReset(RealProgram& program, const Outcome& outcome) const;
 
     Operation operation_;
     ManagedHome home_;
