@@ -93,18 +93,18 @@ private:
     bool failed_ = false;
 };
 
-CopyNotice::CopyNotice(Clock clock) : clock_{std::move(clock)} {}
+CopyNotice::CopyNotice() = default;
 
 CopyNotice::~CopyNotice() = default;
 
 void CopyNotice::began(const std::string& item, std::uint64_t totalBytes) {
     name_ = lastComponent(item);
     totalBytes_ = totalBytes;
-    nextShown_ = clock_() + 2s;
+    nextShown_ = std::chrono::steady_clock::now() + 2s;
 }
 
 void CopyNotice::progressed(std::uint64_t bytes) {
-    const auto now = clock_();
+    const auto now = std::chrono::steady_clock::now();
     if (now < nextShown_) return;
     nextShown_ = now + 1s;
     if (!service_) service_ = std::make_unique<Service>();

@@ -3,7 +3,6 @@
 #include "platform/linux/CopyProgress.h"
 
 #include <chrono>
-#include <functional>
 #include <memory>
 
 namespace letterloft {
@@ -14,9 +13,7 @@ namespace letterloft {
 // session bus or service there is no notice.
 class CopyNotice final : public CopyProgress {
 public:
-    using Clock = std::function<std::chrono::steady_clock::time_point()>;
-
-    explicit CopyNotice(Clock clock = std::chrono::steady_clock::now);
+    CopyNotice();
     ~CopyNotice() override;
 
     void began(const std::string& item, std::uint64_t totalBytes) override;
@@ -26,7 +23,6 @@ public:
 private:
     class Service;
 
-    Clock clock_;
     std::string name_;
     std::uint64_t totalBytes_ = 0;
     std::chrono::steady_clock::time_point nextShown_;

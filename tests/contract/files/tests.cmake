@@ -5,7 +5,6 @@ target_compile_definitions(letterloft_scratch PRIVATE LETTERLOFT_SCRATCH="${PROJ
 letterloft_test(files_contract_test
     SOURCES
         ${PROJECT_SOURCE_DIR}/tests/contract/files/FileManagerContract.cpp
-        ${PROJECT_SOURCE_DIR}/tests/contract/files/CopyNoticeTest.cpp
         ${PROJECT_SOURCE_DIR}/tests/contract/files/PosixFileManagerTest.cpp
     LIBRARIES letterloft_linux letterloft_fakes letterloft_scratch
     LABELS quick)
