@@ -54,11 +54,6 @@ bool startsWith(const std::vector<std::string>& whole, const std::vector<std::st
     return whole.size() >= start.size() && std::equal(start.begin(), start.end(), whole.begin());
 }
 
-bool isSandboxer(const Process& process) {
-    const std::string name = lastComponent(process.executable);
-    return name == "bwrap" || name == "xdg-dbus-proxy" || name == "flatpak" || name == "snap";
-}
-
 bool isInSnap(const Process& process, const std::string& name, const ProcessTable& table) {
     return table.controlGroup(process).value_or("").find("/snap." + name + ".") != std::string::npos;
 }
@@ -216,6 +211,11 @@ bool ApplicationMatcher::isOfApplication(const Process& process, const Process& 
     const std::string interpreter = interpreterName(process.executable);
     return !isInterpreter(interpreter) || scriptsOf(process, interpreter, table).empty() ||
            process.arguments == main.arguments;
+}
+
+bool isSandboxer(const Process& process) {
+    const std::string name = lastComponent(process.executable);
+    return name == "bwrap" || name == "xdg-dbus-proxy" || name == "flatpak" || name == "snap";
 }
 
 bool isUnitOfApplication(const std::string& controlGroup, const std::string& applicationId) {

@@ -50,6 +50,9 @@ private:
     std::vector<StartedProgram> programs_;
 };
 
+// Whether a process only keeps the sandbox that an application runs in, or speaks for it on the session bus.
+bool isSandboxer(const Process& process);
+
 // Whether the control group (cgroups(7), the text of /proc/PID/cgroup) is a unit that systemd's "Desktop Environment
 // Integration" names after the application id.
 bool isUnitOfApplication(const std::string& controlGroup, const std::string& applicationId);

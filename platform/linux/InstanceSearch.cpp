@@ -26,6 +26,7 @@ std::vector<InstanceSearch::Found> InstanceSearch::instances() {
     for (const pid_t pid : programs_) {
         Found found;
         found.program = table_.find(pid);
+        found.proxies = proxiesOf(*found.program);
         collectOthers(*found.program, *found.program, taken, found);
         all.push_back(std::move(found));
     }
@@ -56,13 +57,33 @@ void InstanceSearch::collectNamed(SessionBus& bus) {
     if (entry.kind == ApplicationEntry::Kind::desktopEntry) {
         // Only a name with a dot can be one of the bus (D-Bus Specification, "Bus names").
         if (entry.identifier.find('.') != std::string::npos)
-            if (const auto owner = bus.ownerPid(entry.identifier)) named_.insert(*owner);
+            if (const Process* owner = table_.find(bus.ownerPid(entry.identifier).value_or(0))) {
+                if (isSandboxer(*owner))
+                    takeSandboxOf(*owner);
+                else
+                    named_.insert(owner->identity.pid);
+            }
         for (const auto& [pid, window] : windows_)
             if (window.applicationId == entry.identifier) named_.insert(pid);
     }
     for (const auto& [pid, process] : table_.processes())
         if (matcher_.isMarked(process, table_)) named_.insert(pid);
     std::erase_if(named_, [&](pid_t pid) { return !table_.find(pid); });
+}
+
+void InstanceSearch::takeSandboxOf(const Process& proxy) {
+    const std::string sandbox = table_.flatpakInstance(proxy);
+    for (const auto& [pid, process] : table_.processes())
+        if (!sandbox.empty() && !isSandboxer(process) && table_.flatpakInstance(process) == sandbox) named_.insert(pid);
+}
+
+std::vector<pid_t> InstanceSearch::proxiesOf(const Process& program) const {
+    const std::string sandbox = table_.flatpakInstance(program);
+    std::vector<pid_t> proxies;
+    for (const auto& [pid, process] : table_.processes())
+        if (!sandbox.empty() && isSandboxer(process) && table_.flatpakInstance(process) == sandbox)
+            proxies.push_back(pid);
+    return proxies;
 }
 
 void InstanceSearch::collectPrograms() {

@@ -23,6 +23,7 @@ public:
     struct Found {
         const Process* program = nullptr;
         std::vector<const Process*> others;
+        std::vector<pid_t> proxies; // speak for it on the session bus, and end by themselves
     };
 
     std::vector<Found> instances();
@@ -44,6 +45,8 @@ private:
     bool showsItself(const Process& process, const std::string& name) const;
     bool hasWindowNamed(const Process& process, const std::string& name) const;
     bool ownsWindow(const Process& process) const;
+    void takeSandboxOf(const Process& proxy);
+    std::vector<pid_t> proxiesOf(const Process& program) const;
     void collectOthers(const Process& program, const Process& parent, std::set<pid_t>& taken, Found& found) const;
 
     const ApplicationMatcher& matcher_;

@@ -29,9 +29,9 @@ void LinuxRunningApplication::terminate() {
         watchEnd(other);
     lastSearch_ = steady_clock::now(); // the instance has just been found
     if (instance_.isWithoutProgram) return;
-    request_ = std::make_unique<QuitRequest>(
-        QuitRequest::Addressee{instance_.applicationPath, instance_.applicationId, instance_.program}, bus_, watcher_,
-        log_);
+    request_ = std::make_unique<QuitRequest>(QuitRequest::Addressee{instance_.applicationPath, instance_.applicationId,
+                                                                    instance_.program, instance_.proxies},
+                                             bus_, watcher_, log_);
     request_->send(livingPids());
 }
 

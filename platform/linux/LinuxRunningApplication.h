@@ -35,6 +35,9 @@ public:
 
         // The program has ended, and one of the others stands in its place: they are waited for, and none is asked.
         bool isWithoutProgram = false;
+
+        // What speaks on the session bus in the program's place, as for one in a sandbox; asked there, never signalled.
+        std::vector<pid_t> proxies = {};
     };
 
     LinuxRunningApplication(Instance instance, SessionBus& bus, DescriptorWatcher& watcher, Log& log);

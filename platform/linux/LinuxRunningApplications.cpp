@@ -124,7 +124,7 @@ LinuxRunningApplications::runningInstances(const std::string& applicationPath) {
         instances.push_back(std::make_unique<LinuxRunningApplication>(
             LinuxRunningApplication::Instance{applicationPath, hasId ? entry.identifier : std::string{},
                                               std::move(*program), std::move(others), Newcomers{matcher, table, found},
-                                              isWithoutProgram},
+                                              isWithoutProgram, found.proxies},
             bus_, watcher_, log_));
     }
     return instances;

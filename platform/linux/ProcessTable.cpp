@@ -200,12 +200,16 @@ std::vector<std::string> ProcessTable::startFolders(const Process& process) cons
     return folders;
 }
 
-std::string ProcessTable::flatpakName(const Process& process) const {
+std::string ProcessTable::flatpakInfo(const Process& process, std::string_view key) const {
     const std::string text =
         headOfFile(file(process.identity.pid, "root/.flatpak-info"), longestArguments).value_or("");
     for (const auto line : split(text, '\n'))
-        if (line.starts_with("name=")) return std::string{line.substr(5)};
+        if (line.starts_with(key)) return std::string{line.substr(key.size())};
     return {};
 }
+
+std::string ProcessTable::flatpakName(const Process& process) const { return flatpakInfo(process, "name="); }
+
+std::string ProcessTable::flatpakInstance(const Process& process) const { return flatpakInfo(process, "instance-id="); }
 
 } // namespace letterloft

@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace letterloft {
@@ -73,9 +74,13 @@ public:
     // The sandboxed application the process runs in (flatpak-metadata(5)); empty if in none.
     std::string flatpakName(const Process& process) const;
 
+    // Which of that application's sandboxes it is.
+    std::string flatpakInstance(const Process& process) const;
+
 private:
     std::optional<Process> read(pid_t pid, uid_t user, const StartTimes& known);
     std::string file(pid_t pid, const char* name) const;
+    std::string flatpakInfo(const Process& process, std::string_view key) const;
 
     std::string root_;
     bool couldBeRead_ = false;

@@ -57,8 +57,9 @@ QuitRequest::Windows QuitRequest::windowsOf(const std::vector<pid_t>& pids) {
 }
 
 // A window tells the id of a program that owns no well-known name.
-bool QuitRequest::askOnBus(const std::vector<pid_t>& pids, const Windows& windows) {
+bool QuitRequest::askOnBus(std::vector<pid_t> pids, const Windows& windows) {
     if (addressee_.program.isStopped()) return false; // could not tell what it offers
+    pids.insert(pids.end(), addressee_.proxies.begin(), addressee_.proxies.end());
     std::vector<SessionBus::ApplicationObject> objects;
     for (const auto& [uniqueName, names] : bus_.connectionsOf(pids)) {
         for (const std::string& name : names)

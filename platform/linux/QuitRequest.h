@@ -24,6 +24,7 @@ public:
         std::string applicationPath; // for the log
         std::string applicationId;   // the desktop file id; may be empty
         const HeldProcess& program;  // the one that is asked
+        std::vector<pid_t> proxies;  // speak for it on the session bus
     };
 
     QuitRequest(Addressee addressee, SessionBus& bus, DescriptorWatcher& watcher, Log& log);
@@ -39,7 +40,7 @@ private:
     using Windows = std::vector<XWindows::Window>;
 
     Windows windowsOf(const std::vector<pid_t>& pids);
-    bool askOnBus(const std::vector<pid_t>& pids, const Windows& windows);
+    bool askOnBus(std::vector<pid_t> pids, const Windows& windows);
     bool askNextWindow(const Windows& windows);
     void askBySignal();
     void followWindows(const Windows& windows);

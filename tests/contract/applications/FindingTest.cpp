@@ -210,6 +210,8 @@ TEST_F(FoundOnDesktop, ByNameOrClassWhereTheProgramCanNotBeTold) {
     const std::string unknown = speaking("lib/unknown");
     const pid_t owner = started({unknown, "bus=org.example.Mail", "name", "on-quit=quit"});
     started({unknown, "bus=org.example.Other", "name", "on-quit=quit"});
+    started({speaking("bin/xdg-dbus-proxy"), "bus=org.example.Sandboxed", "name"}); // what it speaks for can't be told
+    EXPECT_TRUE(instances(entry("org.example.Sandboxed", "", "DBusActivatable=true")).empty());
     EXPECT_EQ(quit(entry("org.example.Mail", "", "DBusActivatable=true")), Pids{owner});
     const std::string wrapper =
         desktop_.write("bin/mailer", "#!/bin/sh\n. /dev/null\nexec \"$UNKNOWN\" windows=1 on-close=close\n", 0755);

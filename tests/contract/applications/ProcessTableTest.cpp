@@ -85,7 +85,8 @@ TEST_F(Table, TellsWhatRunsInASandbox) {
     put(10, "10 (bwrap) " + fields('S', 1, 10, "10"));
     put(11, "11 (mail) " + fields('S', 10, 10, "11"));
     for (const char* pid : {"10", "11"})
-        desktop_.write(std::string{"proc/"} + pid + "/root/.flatpak-info", "[Application]\nname=org.example.Mail\n");
+        desktop_.write(std::string{"proc/"} + pid + "/root/.flatpak-info",
+                       "[Application]\nname=org.example.Mail\ninstance-id=7\n");
     std::filesystem::create_symlink("/usr/bin/bwrap", desktop_.home() + "/proc/10/exe");
     put(20, "20 (mail) " + fields('S', 1, 20, "20"), "snap.mail.mail-12ab.scope");
     put(21, "21 (other) " + fields('S', 1, 21, "21"), "snap.mail-other.mail-12ab.scope");
@@ -99,6 +100,14 @@ TEST_F(Table, TellsWhatRunsInASandbox) {
     };
     EXPECT_EQ(run("flatpak run --branch=stable org.example.Mail"), std::set<pid_t>{11});
     EXPECT_EQ(run("env A=/b snap run mail.desktop"), std::set<pid_t>{20});
+    bus_ = std::make_unique<SessionBus>(log_);
+    XWindows windows;
+    const ApplicationMatcher flatpak{ApplicationEntry::at(entry("mail", "flatpak run org.example.Mail"))};
+    const ProcessTable read = table();
+    const auto found = InstanceSearch{flatpak, read, *bus_, windows}.instances();
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].program, read.find(11));
+    EXPECT_EQ(found[0].proxies, std::vector<pid_t>{10});
 }
 
 // As what keeps secrets, and as the pages of a browser behind its own sandbox, which are no instances of it.

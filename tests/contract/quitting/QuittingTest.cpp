@@ -252,6 +252,17 @@ TEST_F(QuittingOnDesktop, IsNotWaitedForWhenTheProgramHangs) {
     EXPECT_TRUE(log.lines.empty());
 }
 
+TEST_F(QuittingOnDesktop, IsOnTheBusWhereAProxySpeaksForIt) {
+    Asked& proxy = start(std::string{"bus="} + applicationId + " name on-quit=quit");
+    Asked& one = start("sigterm=handle");
+    auto inSandbox = instanceOf(one);
+    inSandbox.proxies = {proxy.program.pid()};
+    ask(one, std::move(inSandbox));
+    EXPECT_EQ(next(proxy), "quit");
+    expect(one, {"<end>", "sigterm"}); // and none before
+    expectEnd(one);
+}
+
 TEST_F(QuittingOnDesktop, NeverReachesAnotherOwnerOfTheNameOrWindow) {
     Asked& owner = start(std::string{"bus="} + applicationId + " name windows=1 on-quit=quit on-close=close");
     Asked& one = quit("sigterm=handle");
