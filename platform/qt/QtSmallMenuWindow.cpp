@@ -5,6 +5,7 @@
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <chrono>
 
 namespace letterloft {
@@ -15,8 +16,10 @@ namespace {
 constexpr std::chrono::seconds patience{10};
 
 constexpr QSize usualSize{320, 280};
+constexpr int rowHeight = 24;
+constexpr QSize markSize{16, 16};
 
-// Draws a separator as a line, everything else as usual.
+// Draws a separator as a line, and every title behind the place for a mark.
 class MenuRowDelegate final : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -27,11 +30,34 @@ public:
         painter->drawLine(option.rect.left(), option.rect.center().y(), option.rect.right(), option.rect.center().y());
     }
 
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        const QSize usual = QStyledItemDelegate::sizeHint(option, index);
+        return {usual.width(), std::max(usual.height(), rowHeight)};
+    }
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        option->features |= QStyleOptionViewItem::HasDecoration;
+        option->decorationSize = markSize;
+    }
+
 private:
     static bool isSeparator(const QModelIndex& index) {
         return static_cast<const QtMenuListModel*>(index.model())->isSeparator(index);
     }
 };
+
+// The current account can't be chosen, but its name is to be read.
+QPalette withReadableInertRows(QPalette colors) {
+    const QColor text = colors.color(QPalette::Active, QPalette::Text);
+    const QColor page = colors.color(QPalette::Active, QPalette::Base);
+    const auto between = [](int more, int less) { return (3 * more + 2 * less) / 5; };
+    colors.setColor(
+        QPalette::Disabled, QPalette::Text,
+        {between(text.red(), page.red()), between(text.green(), page.green()), between(text.blue(), page.blue())});
+    return colors;
+}
 
 } // namespace
 
@@ -81,6 +107,8 @@ void QtSmallMenuWindow::makeWindow() {
     list_ = new QListView;
     list_->setAccessibleName(QStringLiteral("Letterloft Menu"));
     list_->setUniformItemSizes(true);
+    list_->setIconSize(markSize);
+    list_->setPalette(withReadableInertRows(list_->palette()));
     list_->setItemDelegate(new MenuRowDelegate{list_});
     list_->setModel(model_.get());
     list_->installEventFilter(this);
