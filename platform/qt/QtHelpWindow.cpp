@@ -7,17 +7,14 @@ namespace letterloft {
 
 namespace {
 
-constexpr QSize usualSize{760, 580}; // as wide as its widest picture
+constexpr QSize usualSize{820, 600}; // as wide as its widest picture
 constexpr qreal marginInPixels = 12;
 
-// Without a desktop's theme Qt's blue for links is meant for light pages (6.4).
-void makeLinksReadable(QWidget& page) {
-    QPalette colors = page.palette();
-    if (colors.color(QPalette::Base).lightness() >= colors.color(QPalette::Text).lightness()) return;
-    constexpr QColor lightBlue{138, 180, 248};
-    colors.setColor(QPalette::Link, lightBlue);
-    colors.setColor(QPalette::LinkVisited, lightBlue);
-    page.setPalette(colors);
+// Qt's blue for links, and that of many a theme, is meant for light pages (6.4).
+void makeLinksReadable(const QWidget& page, QTextDocument& document) {
+    const QPalette& colors = page.palette();
+    if (colors.color(QPalette::Base).lightness() < colors.color(QPalette::Text).lightness())
+        document.setDefaultStyleSheet(QStringLiteral("a { color: #8ab4f8 }"));
 }
 
 } // namespace
@@ -30,7 +27,7 @@ void QtHelpWindow::show() {
         browser->setWindowTitle(QStringLiteral("Letterloft Help"));
         browser->resize(usualSize);
         browser->document()->setDocumentMargin(marginInPixels);
-        makeLinksReadable(*browser);
+        makeLinksReadable(*browser, *browser->document());
         browser->setSource(QUrl{QStringLiteral("qrc:/help/index.html")});
         auto* const close = new QShortcut{QKeySequence{Qt::Key_Escape}, browser.get()};
         QObject::connect(close, &QShortcut::activated, browser.get(), &QWidget::close);
