@@ -13,4 +13,4 @@ install(FILES ${packaging}/org.letterloft.Letterloft.metainfo.xml DESTINATION ${
 install(FILES ${packaging}/letterloft.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${packaging}/icons/org.letterloft.Letterloft.svg DESTINATION ${icons}/scalable/apps)
 install(FILES ${packaging}/icons/org.letterloft.Letterloft-symbolic.svg DESTINATION ${icons}/symbolic/apps)
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/letterloft)
