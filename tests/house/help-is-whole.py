@@ -28,4 +28,4 @@ for page in sorted(os.listdir(f"{RESOURCES}/help")):
 there = {f"help/{name}" for name in os.listdir(f"{RESOURCES}/help")}
 broken += [f"not compiled in: {name}" for name in sorted(reached - compiled_in)]
 broken += [f"nothing leads to: {name}" for name in sorted(there - reached)]
-sys.exit("\n".join(broken))
+sys.exit("\n".join(broken) or 0)
