@@ -2,9 +2,12 @@
 include(GNUInstallDirs)
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
-configure_file(${packaging}/org.letterloft.Letterloft.service.in
-    ${PROJECT_BINARY_DIR}/org.letterloft.Letterloft.service @ONLY)
 
+# Only at the installation it is certain where the program will be.
+install(CODE "
+    set(program \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/letterloft\")
+    configure_file(\"${packaging}/org.letterloft.Letterloft.service.in\"
+        \"${PROJECT_BINARY_DIR}/org.letterloft.Letterloft.service\" @ONLY)")
 install(TARGETS letterloft RUNTIME)
 install(FILES ${packaging}/org.letterloft.Letterloft.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${PROJECT_BINARY_DIR}/org.letterloft.Letterloft.service
