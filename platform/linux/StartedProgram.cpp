@@ -18,7 +18,7 @@ namespace {
 
 constexpr int deepestWrapper = 5;
 constexpr std::size_t mostPrograms = 64;
-constexpr std::size_t longestScript = std::size_t{1} << 18;
+constexpr std::size_t longestScript = std::size_t{1} << 16; // longer ones unpack themselves
 
 using Words = std::span<const std::string>;
 using Arguments = std::vector<std::string>;
