@@ -24,6 +24,15 @@ bool canBeStored(const QString& path) {
     return !path.contains(QChar::ReplacementCharacter) || ::lstat(fromQt(path).c_str(), &entry) == 0;
 }
 
+bool isThere(const QFileInfo& entry) { return entry.exists() || entry.isSymLink(); }
+
+// The home folder and those above it: where everybody passes through, and what nobody means to give away.
+bool holdsHome(const QFileInfo& entry) {
+    const QString real = entry.canonicalFilePath();
+    const QString home = QFileInfo{QDir::homePath()}.canonicalFilePath();
+    return !real.isEmpty() && (real == home || home.startsWith(real.endsWith(u'/') ? real : real + u'/'));
+}
+
 // Whether Qt leaves an entry out of its listing because its name is no UTF-8 (Qt 6.4).
 bool leavesOutEntries(const QString& folder) {
     std::error_code error;
@@ -65,8 +74,10 @@ QtFileChooser::QtFileChooser(const Wanted& wanted)
     model_.setRootPath(QStringLiteral("/"));
     entries_->setModel(&model_);
     layOut(wanted);
-    wire();
     showFolder(QFileInfo{wanted.folder}.isDir() ? wanted.folder : QDir::homePath());
+    isShownOffered_ = false;
+    wire();
+    updateConfirm();
     entries_->setFocus();
 }
 
@@ -104,27 +115,43 @@ void QtFileChooser::layOut(const Wanted& wanted) {
     column->addWidget(notListed_);
     column->addWidget(problem_);
     column->addWidget(buttons);
-    confirm_->setDefault(true); // after it has come into the dialog, or another button would be the default one
+    confirm_->setDefault(true); // once it is in the dialog, or Qt would make another one the default when it is shown
     resize(sizeHint().expandedTo({720, 440}));
 }
 
 void QtFileChooser::wire() {
-    connect(location_, &QLineEdit::returnPressed, this, &QtFileChooser::goToTypedFolder);
-    connect(up_, &QPushButton::clicked, this,
-            [this] { showFolder(QFileInfo{model_.filePath(entries_->rootIndex())}.absolutePath()); });
+    connect(location_, &QLineEdit::returnPressed, this, &QtFileChooser::goToTyped);
+    connect(location_, &QLineEdit::textChanged, this, &QtFileChooser::preferTyped);
+    connect(up_, &QPushButton::clicked, this, &QtFileChooser::goUp);
     connect(entries_, &QTreeView::activated, this, &QtFileChooser::activate);
-    connect(entries_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &QtFileChooser::updateConfirm);
+    connect(entries_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &QtFileChooser::preferSelected);
+    location_->installEventFilter(this);
+    entries_->installEventFilter(this);
 }
 
 void QtFileChooser::showFolder(const QString& folder) {
     const QModelIndex index = model_.index(folder);
-    if (!index.isValid()) return tellNoFolder(folder);
+    if (!index.isValid()) return tellNothingAt(folder);
     entries_->setRootIndex(index);
     entries_->selectionModel()->clear();
     problem_->hide();
-    location_->setText(folder);
+    shown_ = model_.filePath(index);
+    isShownOffered_ = true;
+    location_->setText(shown_);
+    notListed_->setVisible(leavesOutEntries(shown_));
     updateConfirm();
-    notListed_->setVisible(leavesOutEntries(folder));
+}
+
+void QtFileChooser::goUp() {
+    const QString before = shown_;
+    showFolder(QFileInfo{before}.absolutePath());
+    const QModelIndex index = model_.index(before);
+    if (index.parent() != entries_->rootIndex()) return; // "/" is its own parent
+    const auto selection = holdsHome(QFileInfo{before})
+                               ? QItemSelectionModel::NoUpdate
+                               : QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows;
+    entries_->selectionModel()->setCurrentIndex(index, selection);
+    entries_->scrollTo(index);
 }
 
 void QtFileChooser::tell(const QString& problem) {
@@ -132,17 +159,16 @@ void QtFileChooser::tell(const QString& problem) {
     problem_->show();
 }
 
-void QtFileChooser::goToTypedFolder() {
-    const QFileInfo typed{QDir::cleanPath(location_->text())};
-    if (typed.isAbsolute() && typed.isDir()) return showFolder(typed.filePath());
-    tellNoFolder(location_->text());
+void QtFileChooser::goToTyped() {
+    if (location_->text().isEmpty()) return;
+    const QFileInfo typed{typedPath()};
+    if (typed.isDir()) return showFolder(typed.filePath());
+    if (!isThere(typed)) return tellNothingAt(typed.filePath());
+    if (confirm_->isEnabled()) return accept();
+    tell(tr("%1 can't be chosen here.").arg(typed.filePath()));
 }
 
-// The Return that ends the typing also presses the confirm button, so nothing may stay selected.
-void QtFileChooser::tellNoFolder(const QString& folder) {
-    entries_->selectionModel()->clearSelection();
-    tell(tr("There is no folder %1.").arg(folder));
-}
+void QtFileChooser::tellNothingAt(const QString& path) { tell(tr("There is no file or folder %1.").arg(path)); }
 
 void QtFileChooser::activate(const QModelIndex& entry) {
     const QFileInfo info{model_.filePath(entry)};
@@ -153,22 +179,65 @@ void QtFileChooser::activate(const QModelIndex& entry) {
 }
 
 void QtFileChooser::accept() {
-    const QString path = selectedPath();
-    if (path.isEmpty() || !confirm_->isEnabled()) return;
+    updateConfirm();
+    if (!confirm_->isEnabled()) return;
+    const QString path = wantedPath();
     if (!canBeStored(path)) return tell(tr("%1 can't be managed, because its name is not valid UTF-8 text.").arg(path));
     chosen_ = path;
     QDialog::accept();
 }
 
+void QtFileChooser::preferTyped() {
+    if (isTyped()) entries_->selectionModel()->clearSelection();
+    problem_->hide();
+    updateConfirm();
+}
+
+// A selected entry can vanish. Then nothing is chosen until the user says what, least of all the folder it was in.
+void QtFileChooser::preferSelected() {
+    if (!selectedPath().isEmpty()) {
+        isShownOffered_ = false;
+        location_->setText(shown_);
+        problem_->hide();
+    }
+    updateConfirm();
+}
+
 void QtFileChooser::updateConfirm() {
-    const QString path = selectedPath();
-    if (!path.isEmpty()) problem_->hide();
-    confirm_->setEnabled(!path.isEmpty() && canChoose_(QFileInfo{path}));
+    const QFileInfo wanted{wantedPath()};
+    const bool isSaid = !selectedPath().isEmpty() || (isThere(wanted) && !holdsHome(wanted));
+    confirm_->setEnabled(isSaid && canChoose_(wanted));
+    updateDefault();
+}
+
+// Return goes into a folder.
+void QtFileChooser::updateDefault() {
+    if (qobject_cast<QPushButton*>(focusWidget())) return;
+    confirm_->setDefault(confirm_->isEnabled() && !QFileInfo{wantedPath()}.isDir());
+}
+
+// Qt makes the confirm button the default one again when another button loses the focus (6.4).
+bool QtFileChooser::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn) updateDefault();
+    return QDialog::eventFilter(watched, event);
+}
+
+bool QtFileChooser::isTyped() const { return location_->text() != shown_; }
+
+QString QtFileChooser::typedPath() const {
+    QString text = location_->text();
+    if (text == u'~' || text.startsWith(QLatin1String{"~/"})) text.replace(0, 1, QDir::homePath());
+    return QDir::cleanPath(QDir{shown_}.absoluteFilePath(text));
 }
 
 QString QtFileChooser::selectedPath() const {
     const auto rows = entries_->selectionModel()->selectedRows();
     return rows.isEmpty() ? QString{} : model_.filePath(rows.first());
+}
+
+QString QtFileChooser::wantedPath() const {
+    if (isTyped()) return location_->text().isEmpty() ? QString{} : typedPath();
+    return isShownOffered_ ? shown_ : selectedPath();
 }
 
 } // namespace letterloft

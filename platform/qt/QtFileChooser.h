@@ -15,6 +15,8 @@ namespace letterloft {
 // Chooses one entry of a folder: a file, a folder, or either, which Qt's own file dialogs don't offer in one panel.
 // Shows hidden entries and dangling links. A link is chosen as itself. Names that are no UTF-8 can't be shown or
 // chosen; the dialog says so.
+// What was said last is chosen: the selected row, the path typed, or the folder gone into; the home folder and those
+// above it only by their row.
 class QtFileChooser final : public QDialog {
 public:
     struct Wanted {
@@ -34,6 +36,8 @@ public:
     // Stays, and says why, if the path can't be told in UTF-8.
     void accept() override;
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     // Qt gives a dangling link "-1 bytes" (6.4).
     class Entries final : public QFileSystemModel {
@@ -44,12 +48,19 @@ private:
     void layOut(const Wanted& wanted);
     void wire();
     void showFolder(const QString& folder);
-    void goToTypedFolder();
+    void goUp();
+    void goToTyped();
     void activate(const QModelIndex& entry);
+    void preferTyped();
+    void preferSelected();
     void updateConfirm();
-    void tellNoFolder(const QString& folder);
+    void updateDefault();
+    void tellNothingAt(const QString& path);
     void tell(const QString& problem);
+    bool isTyped() const;
+    QString typedPath() const;
     QString selectedPath() const;
+    QString wantedPath() const; // what the confirm button takes; empty if nothing
 
     std::function<bool(const QFileInfo&)> canChoose_;
     QFileIconProvider icons_; // outlives the model
@@ -60,6 +71,8 @@ private:
     QLabel* notListed_;
     QLabel* problem_;
     QPushButton* confirm_;
+    QString shown_;               // the folder that is listed
+    bool isShownOffered_ = false; // it can be chosen itself: the user went there, and has selected nothing in it since
     QString chosen_;
 };
 

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPointer>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTreeView>
@@ -98,6 +99,7 @@ protected:
             EXPECT_FALSE(chooser.isShown());
             results.push_back(result);
             urls = weak.lock()->urls(); // the panel keeps itself until now
+            chosen.insert(chosen.end(), urls.begin(), urls.end());
         });
         EXPECT_EQ(results.size(), before) << "answered inside the call";
     }
@@ -108,6 +110,7 @@ protected:
     std::vector<std::string> types;
     std::vector<int> results;
     std::vector<std::string> urls;
+    std::vector<std::string> chosen; // by all together
 };
 
 using Both = testing::Types<FakeChooser, QtChooser>;
@@ -128,21 +131,26 @@ TYPED_TEST(Choosers, YieldTheAbsolutePathOfAHiddenFileOrNothing) {
 
 class QtChoosers : public Choosers<QtChooser> {
 protected:
+    QtChoosers() { qputenv("HOME", folder.path().toUtf8()); }
+    ~QtChoosers() override { qputenv("HOME", home); }
+
     void link(const char* target, const char* name) { ASSERT_EQ(::symlink(target, path(name).c_str()), 0); }
+    void makeFolder(const char* name) { ASSERT_TRUE(QDir{folder.path()}.mkdir(QLatin1String{name})); }
+
+    // In place of what stands in the field.
+    QLineEdit& type(const std::string& text) {
+        auto& location = *chooser.manager.sheet()->findChild<QLineEdit*>();
+        location.selectAll();
+        QTest::keyClick(&location, Qt::Key_Delete);
+        QTest::keyClicks(&location, QString::fromStdString(text));
+        return location;
+    }
+
+    const QByteArray home = qgetenv("HOME");
 };
 
-TEST_F(QtChoosers, StoreALinkAsItWasChosen) {
-    link(".hidden", "link");
-    link("nowhere", "dangling");
-    for (const char* name : {"link", "dangling"}) {
-        begin();
-        chooser.choose(path(name));
-        EXPECT_THAT(urls, ElementsAre(path(name)));
-    }
-}
-
 TEST_F(QtChoosers, TakeAFolderOnlyWhereOneIsWanted) {
-    ASSERT_TRUE(QDir{folder.path()}.mkdir(QStringLiteral("inside")));
+    makeFolder("inside");
     begin();
     EXPECT_FALSE(chooser.confirm().isEnabled()) << "nothing is selected yet";
     chooser.choose(path("inside"));
@@ -151,6 +159,60 @@ TEST_F(QtChoosers, TakeAFolderOnlyWhereOneIsWanted) {
     begin();
     ASSERT_TRUE(chooser.select("inside"));
     EXPECT_FALSE(chooser.confirm().isEnabled());
+}
+
+TEST_F(QtChoosers, TakeWhatWasSaidLast) {
+    makeFolder("inside");
+    link(".hidden", "link");
+    link("nowhere", "dangling");
+    for (const char* text : {"~/inside", "~/inside/", "inside/../.hidden", "dangling"}) {
+        begin();
+        ASSERT_TRUE(chooser.select("link"));
+        type(text);
+        chooser.confirm().click();
+    }
+    begin();
+    type("~/inside");
+    chooser.choose(path("link"));
+    EXPECT_THAT(chosen, ElementsAre(path("inside"), path("inside"), path(".hidden"), path("dangling"), path("link")));
+}
+
+TEST_F(QtChoosers, TakeNoHomeAndNothingThatIsNotThere) {
+    begin();
+    for (const char* text : {"/nowhere", "", "/", "~"}) {
+        ASSERT_TRUE(chooser.select(".hidden"));
+        auto& location = type(text);
+        EXPECT_FALSE(chooser.confirm().isEnabled()) << text;
+        QTest::keyClick(&location, Qt::Key_Return);
+        EXPECT_FALSE(chooser.confirm().isEnabled()) << text;
+        type("~");
+        QTest::keyClick(&location, Qt::Key_Return);
+    }
+    EXPECT_TRUE(chooser.isShown());
+    EXPECT_THAT(results, IsEmpty());
+}
+
+TEST_F(QtChoosers, GoIntoFoldersByReturnAndTakeTheOneGoneInto) {
+    makeFolder("inside");
+    begin();
+    ASSERT_TRUE(chooser.select("inside"));
+    auto& entries = *chooser.manager.sheet()->findChild<QTreeView*>();
+    entries.setFocus();
+    EXPECT_FALSE(chooser.confirm().isDefault());
+    QTest::keyClick(&entries, Qt::Key_Return);
+    EXPECT_TRUE(chooser.confirm().isEnabled());
+    chooser.button("&Up").click();
+    EXPECT_FALSE(entries.selectionModel()->selectedRows().isEmpty()) << "where it came from";
+    chooser.confirm().click();
+    begin();
+    QTest::keyClick(&type("inside"), Qt::Key_Return);
+    ASSERT_TRUE(chooser.isShown());
+    chooser.confirm().click();
+    begin();
+    chooser.button("&Up").click();
+    EXPECT_FALSE(chooser.confirm().isEnabled()) << "home, or what holds it";
+    QTest::keyClick(&type("~/.hidden"), Qt::Key_Return);
+    EXPECT_THAT(chosen, ElementsAre(path("inside"), path("inside"), path(".hidden")));
 }
 
 TEST_F(QtChoosers, ReturnPressesTheButtonThatHasTheFocus) {
@@ -166,16 +228,6 @@ TEST_F(QtChoosers, ReturnPressesTheButtonThatHasTheFocus) {
     chooser.manager.sheet()->findChild<QListWidget*>()->setCurrentRow(0);
     cancel();
     EXPECT_THAT(results, ElementsAre(OpenPanel::cancelResult, OpenPanel::cancelResult));
-}
-
-TEST_F(QtChoosers, ChooseNothingAfterAWrongFolder) {
-    begin();
-    ASSERT_TRUE(chooser.select(".hidden"));
-    auto& location = *chooser.manager.sheet()->findChild<QLineEdit*>();
-    location.setText(QStringLiteral("/nowhere"));
-    QTest::keyClick(&location, Qt::Key_Return);
-    EXPECT_TRUE(chooser.isShown());
-    EXPECT_THAT(results, IsEmpty());
 }
 
 TEST_F(QtChoosers, SayThatANameThatIsNoUtf8IsLeftOut) {
@@ -214,19 +266,26 @@ TEST_F(QtChoosers, SearchTheInstalledApplications) {
 }
 
 TEST_F(QtChoosers, BrowseForAnApplicationOfAnotherKind) {
-    ASSERT_TRUE(QDir{folder.path()}.mkdir(QStringLiteral("Mail.app")));
+    makeFolder("Mail.app");
     types = {"app"};
     begin();
     QDialog* const applications = chooser.manager.sheet();
-    chooser.button("&Browse...").click();
-    auto* const browser = applications->findChild<QDialog*>();
+    auto& browse = chooser.button("&Browse...");
+    browse.click();
+    QPointer<QDialog> browser = applications->findChild<QDialog*>();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(browser));
+    chooser.manager.window().makeKeyAndOrderFront();
+    browser->reject();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !browser && applications->isActiveWindow(); }));
+    browse.click();
+    browser = applications->findChild<QDialog*>();
     ASSERT_TRUE(browser);
     const auto& ok = chooser.button("OK", browser);
     EXPECT_FALSE(ok.isEnabled());
     ASSERT_TRUE(chooser.select(".hidden", browser));
     EXPECT_FALSE(ok.isEnabled()) << "no application";
     ASSERT_TRUE(chooser.select("Mail.app", browser));
-    QTest::keyClick(browser, Qt::Key_Return);
+    chooser.button("OK", browser).click();
     EXPECT_THAT(urls, ElementsAre(path("Mail.app")));
     EXPECT_FALSE(chooser.isShown());
 }
