@@ -1,5 +1,7 @@
 #include "platform/qt/QtSmallMenuWindow.h"
 
+#include "platform/qt/QtReadablePalette.h"
+
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyledItemDelegate>
@@ -47,17 +49,6 @@ private:
         return static_cast<const QtMenuListModel*>(index.model())->isSeparator(index);
     }
 };
-
-// The current account can't be chosen, but its name is to be read.
-QPalette withReadableInertRows(QPalette colors) {
-    const QColor text = colors.color(QPalette::Active, QPalette::Text);
-    const QColor page = colors.color(QPalette::Active, QPalette::Base);
-    const auto between = [](int more, int less) { return (3 * more + 2 * less) / 5; };
-    colors.setColor(
-        QPalette::Disabled, QPalette::Text,
-        {between(text.red(), page.red()), between(text.green(), page.green()), between(text.blue(), page.blue())});
-    return colors;
-}
 
 } // namespace
 

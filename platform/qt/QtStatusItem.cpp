@@ -2,6 +2,7 @@
 
 #include "platform/qt/QtImage.h"
 #include "platform/qt/QtNamedIcon.h"
+#include "platform/qt/QtReadablePalette.h"
 #include "platform/qt/QtText.h"
 
 #include <QCursor>
@@ -110,6 +111,7 @@ void QtStatusItem::popUpMenu() {
     if (QGuiApplication::platformName() != QLatin1String{"xcb"}) return showMenuElsewhere_();
     if (!popup_) {
         popup_ = std::make_unique<QtMenuView>(*menu_);
+        popup_->widget().setPalette(withReadableInertRows(popup_->widget().palette()));
         connect(&popup_->widget(), &QMenu::aboutToShow, this, [this] { menuOpened(true); });
         connect(&popup_->widget(), &QMenu::aboutToHide, this, [this] { menuClosed(); });
     }
