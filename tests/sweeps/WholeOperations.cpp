@@ -89,7 +89,7 @@ const std::vector<Operation> wholeOperations{{"Switch", [](ProgramOverFakes& pro
                                              {"Deletion", deleteB},
                                              {"DeletionWithBackupsFar", deleteB, false, true},
                                              {"RemovalOfAnApplication", removeMail},
-                                                                                      {"Rename",
+                                             {"Rename",
                                               [](ProgramOverFakes& program) {
                                                   program.table().beginEditing(0);
                                                   program.table().commit(std::string{"Z"});
