@@ -187,6 +187,11 @@ void QtFileChooser::accept() {
     QDialog::accept();
 }
 
+void QtFileChooser::done(int result) {
+    if (parentWidget()) parentWidget()->activateWindow();
+    QDialog::done(result);
+}
+
 void QtFileChooser::preferTyped() {
     if (isTyped()) entries_->selectionModel()->clearSelection();
     problem_->hide();

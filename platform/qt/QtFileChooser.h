@@ -36,6 +36,10 @@ public:
     // Stays, and says why, if the path can't be told in UTF-8.
     void accept() override;
 
+    // Hands the focus over while it still has it; when a dialog above another one is gone, Xfwm4 gives the focus to the
+    // window below both, which is blocked.
+    void done(int result) override;
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
