@@ -30,6 +30,9 @@ class ManagerTest(DesktopTest):
         """The title of the window that gets the keys."""
         return self.desktop.output("xdotool", "getwindowfocus", "getwindowname").strip()
 
+    def focused(self):
+        return self.desktop.output("xdotool", "getwindowfocus")
+
     def wait_for_focus(self, title):
         wait_for(lambda: self.focus().startswith(title), lambda: f"{title!r} instead of {self.focus()!r}")
 
@@ -95,6 +98,11 @@ class Applications(ManagerTest):
         self.desktop.set_settings({**self.desktop.settings(), "Apps": [notes.entry, gone], gone: []})
         program = self.open()
         self.press("alt+p", then=ADD_APP)
+        chooser = self.focused()
+        self.press("alt+b", then=ADD_APP)
+        wait_for(lambda: self.focused() != chooser, "the window to browse in")
+        self.press("Escape", then=ADD_APP)
+        wait_for(lambda: self.focused() == chooser, self.focus)
         self.type("added", "Return")
         self.wait_for_settings({"Apps": [notes.entry, gone, added], added: []})
         self.wait_for_focus(WINDOW)

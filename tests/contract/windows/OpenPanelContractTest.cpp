@@ -8,7 +8,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPointer>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTreeView>
@@ -270,15 +269,8 @@ TEST_F(QtChoosers, BrowseForAnApplicationOfAnotherKind) {
     types = {"app"};
     begin();
     QDialog* const applications = chooser.manager.sheet();
-    auto& browse = chooser.button("&Browse...");
-    browse.click();
-    QPointer<QDialog> browser = applications->findChild<QDialog*>();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(browser));
-    chooser.manager.window().makeKeyAndOrderFront();
-    browser->reject();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !browser && applications->isActiveWindow(); }));
-    browse.click();
-    browser = applications->findChild<QDialog*>();
+    chooser.button("&Browse...").click();
+    auto* const browser = applications->findChild<QDialog*>();
     ASSERT_TRUE(browser);
     const auto& ok = chooser.button("OK", browser);
     EXPECT_FALSE(ok.isEnabled());
