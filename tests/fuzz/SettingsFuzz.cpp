@@ -17,6 +17,16 @@ void demand(bool holds) {
     if (!holds) std::abort();
 }
 
+// Not the bytes that are written: a binary list shares equal values as their addresses have it (libplist 2.2).
+std::string xmlOf(const PropertyList& list) {
+    char* bytes = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(list.get(), &bytes, &length);
+    std::string xml{bytes, length};
+    plist_to_xml_free(bytes);
+    return xml;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -42,7 +52,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Result<PropertyList> saved = parsedPropertyList(readFile(path));
     demand(expected && saved && load());
     plist_dict_set_item(expected->get(), keys::currentUser, plist_new_string("B"));
-    const Result<std::string> expectedBytes = propertyListBytes(*expected);
-    demand(expectedBytes && *expectedBytes == *propertyListBytes(*saved));
+    demand(xmlOf(*expected) == xmlOf(*saved));
     return 0;
 }
