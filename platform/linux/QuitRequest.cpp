@@ -90,6 +90,7 @@ bool QuitRequest::askNextWindow(const Windows& windows) {
     if (next == windows.rend()) return false;
     known_.clear();
     dialogs_.clear();
+    ofDialogs_.clear();
     for (const XWindows::Window& window : windows) {
         known_.insert(window.id);
         if (window.isDialog || window.transientFor != 0) dialogs_.insert(window.id);
@@ -124,6 +125,7 @@ void QuitRequest::followUp(const std::vector<pid_t>& pids) {
 // with the question, the user has agreed; where it stays, the user has refused; where it went before the question came,
 // the question is about the rest, and is for the user alone.
 void QuitRequest::followWindows(const Windows& windows) {
+    noteWindowsOfDialogs(windows);
     const bool questionStands =
         std::any_of(windows.begin(), windows.end(), [&](const auto& window) { return known_.count(window.id) == 0; });
     const bool askedIsThere = holds(windows, lastAsked_);
@@ -142,6 +144,15 @@ void QuitRequest::followWindows(const Windows& windows) {
         return;
     }
     if (!refused_) askNextWindow(windows);
+}
+
+// What a dialog that stood before opens over itself, such as "Really cancel?", answers the dialog's user and not us.
+// The oldest windows come first.
+void QuitRequest::noteWindowsOfDialogs(const Windows& windows) {
+    for (const XWindows::Window& window : windows) {
+        const bool isOfDialog = dialogs_.count(window.transientFor) != 0 || ofDialogs_.count(window.transientFor) != 0;
+        if (isOfDialog && known_.insert(window.id).second) ofDialogs_.insert(window.id);
+    }
 }
 
 // A window behind a dialog that stood before it was asked drops the request, in GTK at least: it is asked again once

@@ -45,6 +45,7 @@ private:
     void askBySignal();
     void followWindows(const Windows& windows);
     void followDisappearance(const Windows& windows);
+    void noteWindowsOfDialogs(const Windows& windows);
     bool anyDialogHasGone(const Windows& windows) const;
     bool keepsOnScreen(const XWindows::Window& window) const;
     void watchWindows();
@@ -60,6 +61,7 @@ private:
     std::unique_ptr<DescriptorWatcher::Watch> displayWatch_; // goes before the display it watches
     std::set<std::uint32_t> known_;                          // the windows there when the last one was asked
     std::set<std::uint32_t> dialogs_;                        // those of them that are dialogs
+    std::set<std::uint32_t> ofDialogs_;                      // what those have opened since then
     std::set<std::uint32_t> asked_;
     std::uint32_t lastAsked_ = 0; // 0 while no window has been asked
     bool questionStood_ = false;

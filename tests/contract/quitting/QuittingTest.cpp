@@ -208,6 +208,7 @@ TEST_F(QuittingOnDesktop, IsAConversation) {
         {"windows=3 on-close=close sigterm=handle", {"asked 3", "asked 2", "asked 1"}}, // newest first, and no signal
         {"windows=2 on-close=ask sigterm=handle", {"asked 2", "question", "<agree>", "asked 1", "question", "<agree>"}},
         {"windows=1 modal on-close=close", {"dropped 1", "<agree>", "asked 1"}}, // the owner of a dialog, once it can
+        {"windows=1 modal on-close=close", {"dropped 1", "<refuse>", "question", "<agree>", "asked 1"}}, // the dialog's
         {onBus + "on-quit=quit", {"quit"}},
         {"bus=org.letterloft.Another windows=1 on-quit=quit", {"quit"}}, // its window tells where
         {onBus + "windows=1 on-close=close no-quit", {"asked 1"}},

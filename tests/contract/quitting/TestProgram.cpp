@@ -8,7 +8,7 @@
 // class=NAME                               of the first window, instead of "Tester"
 // no-delete                                its windows do not take the request at all
 // modal                                    the first window has a dialog, which takes the request too; while it stands
-//                                          the window drops the request. Agreeing closes it
+//                                          the window drops the request. Agreeing closes it, refusing asks over it
 // bus=ID on-quit=quit|ask|nothing|hang     an application on the session bus with a "quit" action
 // name                                     it owns ID as its well-known name
 // no-quit | quit-disabled                  it lists no such action, or one that can't be used
@@ -222,6 +222,7 @@ private:
     static gboolean userAgreed(gpointer data) {
         auto* self = static_cast<Program*>(data);
         if (self->dialog_ != XCB_WINDOW_NONE) {
+            if (self->question_ != XCB_WINDOW_NONE) xcb_destroy_window(self->server_, self->question_);
             xcb_destroy_window(self->server_, std::exchange(self->dialog_, XCB_WINDOW_NONE));
             xcb_flush(self->server_);
             return G_SOURCE_CONTINUE;
@@ -237,6 +238,10 @@ private:
 
     static gboolean userRefused(gpointer data) {
         auto* self = static_cast<Program*>(data);
+        if (self->dialog_ != XCB_WINDOW_NONE) {
+            self->ask(self->dialog_);
+            return G_SOURCE_CONTINUE;
+        }
         xcb_destroy_window(self->server_, self->question_);
         xcb_flush(self->server_);
         say("refused");
