@@ -125,6 +125,7 @@ void QtFileChooser::wire() {
     connect(up_, &QPushButton::clicked, this, &QtFileChooser::goUp);
     connect(entries_, &QTreeView::activated, this, &QtFileChooser::activate);
     connect(entries_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &QtFileChooser::preferSelected);
+    connect(&model_, &QFileSystemModel::layoutChanged, this, &QtFileChooser::scrollToLeft);
     location_->installEventFilter(this);
     entries_->installEventFilter(this);
 }
@@ -143,15 +144,20 @@ void QtFileChooser::showFolder(const QString& folder) {
 }
 
 void QtFileChooser::goUp() {
-    const QString before = shown_;
-    showFolder(QFileInfo{before}.absolutePath());
-    const QModelIndex index = model_.index(before);
+    left_ = shown_;
+    showFolder(QFileInfo{left_}.absolutePath());
+    const QModelIndex index = model_.index(left_);
     if (index.parent() != entries_->rootIndex()) return; // "/" is its own parent
-    const auto selection = holdsHome(QFileInfo{before})
+    const auto selection = holdsHome(QFileInfo{left_})
                                ? QItemSelectionModel::NoUpdate
                                : QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows;
     entries_->selectionModel()->setCurrentIndex(index, selection);
     entries_->scrollTo(index);
+}
+
+// The others of a large folder are listed later, around the one that is selected already.
+void QtFileChooser::scrollToLeft() {
+    if (!left_.isEmpty() && selectedPath() == left_) entries_->scrollTo(model_.index(left_));
 }
 
 void QtFileChooser::tell(const QString& problem) {

@@ -53,6 +53,7 @@ private:
     void wire();
     void showFolder(const QString& folder);
     void goUp();
+    void scrollToLeft();
     void goToTyped();
     void activate(const QModelIndex& entry);
     void preferTyped();
@@ -76,6 +77,7 @@ private:
     QLabel* problem_;
     QPushButton* confirm_;
     QString shown_;               // the folder that is listed
+    QString left_;                // the last folder that "Up" has left
     bool isShownOffered_ = false; // it can be chosen itself: the user went there, and has selected nothing in it since
     QString chosen_;
 };

@@ -184,10 +184,8 @@ TEST_F(QtChoosers, TakeNoHomeAndNothingThatIsNotThere) {
         EXPECT_FALSE(chooser.confirm().isEnabled()) << text;
         QTest::keyClick(&location, Qt::Key_Return);
         EXPECT_FALSE(chooser.confirm().isEnabled()) << text;
-        type("~");
-        QTest::keyClick(&location, Qt::Key_Return);
+        QTest::keyClick(&type("~"), Qt::Key_Return); // where the next one starts
     }
-    EXPECT_TRUE(chooser.isShown());
     EXPECT_THAT(results, IsEmpty());
 }
 
