@@ -11,7 +11,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ostream>
-#include <sys/wait.h>
 
 namespace letterloft {
 
@@ -82,20 +81,6 @@ int countedCalls(const std::function<void(PosixFileManager&)>& operation) {
     return calls.count;
 }
 
-// Runs the operation in a process of its own that ends right before its `at`th call.
-void runToItsEndAt(int at, const std::function<void(PosixFileManager&)>& operation) {
-    const pid_t child = fork();
-    if (child == 0) {
-        FaultyCalls calls{Fault::ends, at};
-        Disk disk{calls};
-        operation(disk.files);
-        _exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == FaultyCalls::endedHere) << "at call " << at;
-}
-
 // What is moved, and whether to another file system.
 struct Kind {
     const char* name;
@@ -139,21 +124,25 @@ protected:
 
 } // namespace
 
-TEST_P(MoveSweep, DiesAtEveryCall) {
+// The disk is left as a program leaves it that dies there.
+TEST_P(MoveSweep, StopsAtEveryCall) {
     const int last = points();
     for (int at = 1; at <= last && !HasFailure(); ++at) {
         SCOPED_TRACE(at);
         const Scene scene = fresh();
-        runToItsEndAt(at, moving(scene));
-        EXPECT_TRUE(scene.sourceIsWhole() || scene.targetIsWhole());
+        FaultyCalls calls{Fault::failsFromThenOn, at};
+        Disk disk{calls};
+        const Status moved = moving(scene)(disk.files);
+        EXPECT_TRUE(moved ? scene.targetIsWhole() : scene.sourceIsWhole()) << moved.sentence();
         EXPECT_TRUE(scene.targetIsGone() || scene.targetIsWhole()) << "an incomplete item under its own name";
+        EXPECT_FALSE(disk.progress.open);
         expectRecovery(scene);
     }
 }
 
 TEST_P(MoveSweep, MeetsAnErrorAtEveryCall) {
     const int last = points();
-    for (const Fault fault : {Fault::fails, Fault::failsFromThenOn, Fault::isCutShort}) {
+    for (const Fault fault : {Fault::fails, Fault::isCutShort}) {
         for (int at = 1; at <= last && !HasFailure(); ++at) {
             SCOPED_TRACE(testing::Message() << "fault " << static_cast<int>(fault) << " at " << at);
             const Scene scene = fresh();
@@ -218,21 +207,16 @@ TEST(RemovalSweep, LeavesWhatItDidNotReachAndTouchesNothingElse) {
     RecordProperty("points", last);
     for (int at = 1; at <= last && !testing::Test::HasFailure(); ++at) {
         SCOPED_TRACE(at);
-        for (const Fault fault : {Fault::ends, Fault::fails}) {
+        for (const Fault fault : {Fault::failsFromThenOn, Fault::fails}) {
             const Scene scene{scratch, false, true};
             FaultyCalls calls{fault, at};
             Disk disk{calls};
-            if (fault == Fault::ends) {
-                runToItsEndAt(at, removing(scene));
-            } else if (removing(scene)(disk.files)) {
+            if (removing(scene)(disk.files)) {
                 EXPECT_TRUE(scene.sourceIsGone()) << "success without a removal";
             }
             EXPECT_TRUE(scene.sentinelStands());
-            FaultyCalls whole;
-            Disk after{whole};
-            if (!scene.sourceIsGone()) {
-                EXPECT_TRUE(after.files.removeItem(scene.source()));
-            }
+            calls.strikeAt(Fault::none, 0);
+            EXPECT_TRUE(scene.sourceIsGone() || disk.files.removeItem(scene.source()));
             EXPECT_TRUE(scene.sourceIsGone());
         }
     }
