@@ -1,12 +1,10 @@
 #include "tests/sweeps/WholeOperations.h"
 
 #include "app/InterruptedMoveFolders.h"
-#include "tests/contract/files/ScratchFolders.h"
 
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iterator>
 #include <stdexcept>
@@ -121,11 +119,6 @@ void ManagedHome::make() const {
     }
     EXPECT_TRUE((*store)->synchronize());
     if (backsUpFar_) fs::create_directory_symlink(far_ + "/backups", supportFolder(folder()) + "/OldData");
-}
-
-std::string ManagedHome::settings() const {
-    std::ifstream file{settingsFile(), std::ios::binary};
-    return {std::istreambuf_iterator<char>{file}, {}};
 }
 
 std::string ManagedHome::currentUser() const {

@@ -2,6 +2,7 @@
 
 #include "platform/linux/PlistSettingsStore.h"
 #include "platform/linux/PosixFileManager.h"
+#include "tests/contract/files/ScratchFolders.h"
 #include "tests/controllers/World.h"
 #include "tests/fakes/FakeCopyProgress.h"
 #include "tests/sweeps/FaultyCalls.h"
@@ -27,7 +28,7 @@ public:
 
     std::string folder() const { return near_ + "/home"; }
     std::string settingsFile() const { return near_ + "/settings/settings.plist"; }
-    std::string settings() const;
+    std::string settings() const { return contentsOf(settingsFile()); }
     std::string currentUser() const; // as the settings file has it
 
     // Every file and link, wherever it stands: what it holds, with mode, owner and time.

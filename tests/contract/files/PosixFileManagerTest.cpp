@@ -5,6 +5,7 @@
 #include "tests/fakes/FakeCopyProgress.h"
 #include "tests/fakes/FakeLog.h"
 
+#include <array>
 #include <cstddef>
 #include <dirent.h>
 #include <fcntl.h>
@@ -28,20 +29,39 @@ using testing::IsEmpty;
 
 namespace {
 
-// Lets something happen right before the copy of a move is made durable, which is after it was made.
+ino_t inodeOf(const std::string& path) {
+    struct stat info {};
+    stat(path.c_str(), &info);
+    return info.st_ino;
+}
+
 class Interfering final : public FileSystemCalls {
 public:
     int syncfs(int file) override {
         if (beforeSync) beforeSync();
         return FileSystemCalls::syncfs(file);
     }
-    int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
-        if (flags == 0 || !refuseFlags) return FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
-        errno = EINVAL;
-        return -1;
+    int fsync(int file) override {
+        synced.push_back(inodeOf("/proc/self/fd/" + std::to_string(file)));
+        return FileSystemCalls::fsync(file);
     }
-    std::function<void()> beforeSync;
+    int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
+        if (flags != 0 && refuseFlags) return errno = EINVAL, -1;
+        const int renamed = FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
+        if (renamed == 0 && afterRename) afterRename(to);
+        return renamed;
+    }
+    int statx(int folder, const char* path, int flags, struct statx* info) override {
+        const int result = FileSystemCalls::statx(folder, path, flags, info);
+        if (notesAreOfAnother && std::string{path}.ends_with(".note")) info->stx_uid = geteuid() + 1;
+        return result;
+    }
+
+    std::function<void()> beforeSync; // of the copy of a move, after it was made
+    std::function<void(const std::string& to)> afterRename;
     bool refuseFlags = false;
+    bool notesAreOfAnother = false;
+    std::vector<ino_t> synced;
 };
 
 class PosixFileManagerTest : public testing::Test {
@@ -60,11 +80,6 @@ protected:
     FakeCopyProgress progress;
     PosixFileManager files{{log, calls, progress}, memory, {memory + "/settings"}};
 };
-
-std::string contents(const std::string& path) {
-    std::ifstream file{path, std::ios::binary};
-    return {std::istreambuf_iterator<char>{file}, {}};
-}
 
 // Runs it as a user who is not allowed everything; the result is its own.
 bool holdsAsOrdinaryUser(const std::function<bool()>& condition) {
@@ -97,23 +112,19 @@ TEST_F(PosixFileManagerTest, KeepsEverythingOnTheWayToAnotherFileSystemAndBack) 
     EXPECT_EQ(described(item), before);
     EXPECT_THAT(log.lines, IsEmpty());
     EXPECT_TRUE(fs::is_empty(shared));
-    EXPECT_EQ(contents(memory + "/sentinel"), "untouched");
+    EXPECT_EQ(contentsOf(memory + "/sentinel"), "untouched");
 }
 
 TEST_F(PosixFileManagerTest, NamesBothPathsAndTheReasonOfARefusal) {
     writeFile(disk + "/file", "");
-    const auto sentence = [&](const std::string& from, const std::string& to) {
-        return files.moveItem(from, to).sentence();
-    };
-    const auto tells = [](const std::string& from, const std::string& to, const char* why, const char* reason) {
-        return AllOf(HasSubstr(from), HasSubstr(to), HasSubstr(why), HasSubstr(reason));
-    };
-    EXPECT_THAT(sentence(item, disk + "/file"), tells(item, disk + "/file", "already", "File exists"));
-    EXPECT_THAT(sentence(item, memory + "/no/x"), tells(item, memory + "/no/x", "missing", "No such file"));
-    EXPECT_THAT(sentence(memory + "/no", disk + "/x"),
-                tells(memory + "/no", disk + "/x", "nothing to move", "No such"));
-    EXPECT_THAT(sentence(item, item + "/x"), tells(item, item + "/x", "inside", "Invalid argument"));
-    EXPECT_THAT(sentence(memory, disk + "/x"), tells(memory, disk + "/x", "Letterloft's own", "settings"));
+    const std::vector<std::array<std::string, 4>> refusals{{item, disk + "/file", "already", "File exists"},
+                                                           {item, memory + "/no/x", "missing", "No such file"},
+                                                           {memory + "/no", disk + "/x", "nothing to move", "No such"},
+                                                           {item, item + "/x", "inside", "Invalid argument"},
+                                                           {memory, disk + "/x", "Letterloft's own", "settings"}};
+    for (const auto& [from, to, why, reason] : refusals)
+        EXPECT_THAT(files.moveItem(from, to).sentence(),
+                    AllOf(HasSubstr(from), HasSubstr(to), HasSubstr(why), HasSubstr(reason)));
 }
 
 TEST_F(PosixFileManagerTest, NeverGoesIntoSomethingMounted) {
@@ -136,7 +147,7 @@ TEST_F(PosixFileManagerTest, NeverGoesIntoSomethingMounted) {
     waitpid(child, &status, 0);
     if (WEXITSTATUS(status) == 2) GTEST_SKIP() << "LEFT OUT: this machine lets nobody mount anything";
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(contents(item + "/read-only/inside"), "inside");
+    EXPECT_EQ(contentsOf(item + "/read-only/inside"), "inside");
 }
 
 TEST_F(PosixFileManagerTest, MovesByHandWhereTheFileSystemHasNoSafeRename) {
@@ -164,40 +175,29 @@ TEST_F(PosixFileManagerTest, KeepsWhatChangedOrIsInUseAfterItWasCopied) {
     };
     ASSERT_TRUE(files.moveItem(item, disk + "/item"));
     ::close(open);
-    EXPECT_EQ(contents(disk + "/item/program"), "#!/bin/sh\n");
+    EXPECT_EQ(contentsOf(disk + "/item/program"), "#!/bin/sh\n");
     std::vector<std::string> left;
     for (const auto& entry : fs::recursive_directory_iterator(item))
         left.push_back(entry.path().filename());
     EXPECT_THAT(left, testing::UnorderedElementsAre("empty", "program", "empty folder", "new", "new", "dangling"));
-    EXPECT_EQ(contents(item + "/program"), "#!/bin/sh\nappended");
+    EXPECT_EQ(contentsOf(item + "/program"), "#!/bin/sh\nappended");
     ASSERT_EQ(log.lines.size(), 1u);
     EXPECT_THAT(log.lines[0], AllOf(HasSubstr(item), HasSubstr(disk + "/item")));
 }
 
 TEST_F(PosixFileManagerTest, KeepsARemainderAsideWhereItsNameIsTaken) {
-    class NameTaker final : public FileSystemCalls {
-    public:
-        explicit NameTaker(std::string path) : path_{std::move(path)} {}
-        int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
-            const int renamed = FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
-            if (renamed == 0 && std::string{to}.ends_with(".aside")) {
-                writeFile(path_ + "/" + to + "/new", "new");
-                writeFile(path_ + "/item", "another");
-            }
-            return renamed;
-        }
-
-    private:
-        std::string path_;
-    } taker{memory};
-    PosixFileManager second{{log, taker, progress}, memory, {}};
-    ASSERT_TRUE(second.moveItem(item, disk + "/item"));
-    EXPECT_EQ(contents(item), "another");
+    calls.afterRename = [&](const std::string& to) {
+        if (!to.ends_with(".aside")) return;
+        writeFile(memory + "/" + to + "/new", "new");
+        writeFile(item, "another");
+    };
+    ASSERT_TRUE(files.moveItem(item, disk + "/item"));
+    EXPECT_EQ(contentsOf(item), "another");
     ASSERT_EQ(log.lines.size(), 1u);
     EXPECT_THAT(log.lines[0], HasSubstr(".aside"));
     fs::remove(item);
     files.settle({memory, memory + "/missing"});
-    EXPECT_EQ(contents(item + "/new"), "new");
+    EXPECT_EQ(contentsOf(item + "/new"), "new");
     EXPECT_EQ(std::distance(fs::directory_iterator{memory}, {}), 2); // the sentinel and the item
 }
 
@@ -209,19 +209,13 @@ TEST_F(PosixFileManagerTest, SettlingTouchesNoNameThatIsNotItsOwn) {
     fs::create_symlink("no slash", disk + "/.letterloft-0000000000000000.note");
     files.settle({disk, disk + "/"});
     for (const std::string& name : names)
-        EXPECT_EQ(contents(disk + "/" + name), "mine");
+        EXPECT_EQ(contentsOf(disk + "/" + name), "mine");
     EXPECT_TRUE(fs::is_symlink(disk + "/.letterloft-0000000000000000.note"));
 }
 
 // A note that is obeyed has what looks like its copy elsewhere removed.
 TEST_F(PosixFileManagerTest, SettlingObeysNoNoteOfAnotherUserInAFolderOpenToAll) {
-    class NotesOfAnotherUser final : public FileSystemCalls {
-        int statx(int folder, const char* path, int flags, struct statx* info) override {
-            const int result = FileSystemCalls::statx(folder, path, flags, info);
-            if (std::string{path}.ends_with(".note")) info->stx_uid = geteuid() + 1;
-            return result;
-        }
-    } others;
+    calls.notesAreOfAnother = true;
     for (const auto& [folder, text] : {std::pair{memory, "mine"}, std::pair{disk, "fake"}}) {
         fs::create_directory(folder + "/mail");
         writeFile(folder + "/mail/letter", text);
@@ -229,9 +223,10 @@ TEST_F(PosixFileManagerTest, SettlingObeysNoNoteOfAnotherUserInAFolderOpenToAll)
     }
     fs::create_symlink("mail" + disk + "/mail", memory + "/.letterloft-0123456789abcdef.note");
     ASSERT_EQ(chmod(memory.c_str(), 01777), 0);
-    PosixFileManager{{log, others, progress}, memory, {}}.settle({memory});
-    EXPECT_EQ(contents(memory + "/mail/letter"), "mine");
+    files.settle({memory});
+    EXPECT_EQ(contentsOf(memory + "/mail/letter"), "mine");
     EXPECT_THAT(log.lines, ElementsAre(HasSubstr("comes from another user")));
+    calls.notesAreOfAnother = false;
     files.settle({memory});
     EXPECT_FALSE(fs::exists(memory + "/mail"));
 }
@@ -362,37 +357,21 @@ TEST_F(PosixFileManagerTest, FailsOnWhatAnOrdinaryUserMayNotReadOrRemove) {
 }
 
 TEST_F(PosixFileManagerTest, SyncsEachChangedFolderOnceWhereverItIsByThen) {
-    class Counting final : public FileSystemCalls {
-    public:
-        int fsync(int file) override {
-            struct stat info {};
-            fstat(file, &info);
-            synced.push_back(info.st_ino);
-            return FileSystemCalls::fsync(file);
-        }
-        std::vector<ino_t> synced;
-    } counting;
-    const auto inode = [](const std::string& path) {
-        struct stat info {};
-        stat(path.c_str(), &info);
-        return info.st_ino;
-    };
-    PosixFileManager manager{{log, counting, progress}, "/home/nobody", {}};
-    ASSERT_TRUE(manager.createFolder(disk + "/a/b"));
-    ASSERT_TRUE(manager.createFolder(disk + "/gone"));
-    ASSERT_TRUE(manager.makeMovesDurable());
-    counting.synced.clear();
+    ASSERT_TRUE(files.createFolder(disk + "/a/b"));
+    ASSERT_TRUE(files.createFolder(disk + "/gone"));
+    ASSERT_TRUE(files.makeMovesDurable());
+    calls.synced.clear();
     for (const char* name : {"/1", "/2", "/3"}) {
         writeFile(disk + name, "");
-        ASSERT_TRUE(manager.moveItem(disk + name, disk + "/a/b" + name));
+        ASSERT_TRUE(files.moveItem(disk + name, disk + "/a/b" + name));
     }
-    ASSERT_TRUE(manager.moveItem(disk + "/a/b/3", disk + "/gone/3"));
-    ASSERT_TRUE(manager.removeItem(disk + "/gone"));
-    ASSERT_TRUE(manager.moveItem(disk + "/a", disk + "/renamed"));
-    EXPECT_TRUE(manager.makeMovesDurable());
-    EXPECT_THAT(counting.synced, testing::UnorderedElementsAre(inode(disk), inode(disk + "/renamed/b")));
-    EXPECT_TRUE(manager.makeMovesDurable());
-    EXPECT_EQ(counting.synced.size(), 2u);
+    ASSERT_TRUE(files.moveItem(disk + "/a/b/3", disk + "/gone/3"));
+    ASSERT_TRUE(files.removeItem(disk + "/gone"));
+    ASSERT_TRUE(files.moveItem(disk + "/a", disk + "/renamed"));
+    EXPECT_TRUE(files.makeMovesDurable());
+    EXPECT_THAT(calls.synced, testing::UnorderedElementsAre(inodeOf(disk), inodeOf(disk + "/renamed/b")));
+    EXPECT_TRUE(files.makeMovesDurable());
+    EXPECT_EQ(calls.synced.size(), 2u);
 }
 
 } // namespace letterloft

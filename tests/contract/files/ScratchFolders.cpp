@@ -35,12 +35,6 @@ struct stat lookedAt(const std::string& path) {
     return info;
 }
 
-std::string contentsOf(const std::string& path) {
-    std::ostringstream contents;
-    contents << std::ifstream{path, std::ios::binary}.rdbuf();
-    return contents.str();
-}
-
 std::string describedAlone(const std::string& path, const std::string& name, std::map<ino_t, std::string>& firstNames) {
     const struct stat info = lookedAt(path);
     std::ostringstream text;
@@ -73,6 +67,12 @@ ScratchFolders::~ScratchFolders() {
 
 void writeFile(const std::string& path, const std::string& contents) {
     std::ofstream{path, std::ios::binary} << contents;
+}
+
+std::string contentsOf(const std::string& path) {
+    std::ostringstream contents;
+    contents << std::ifstream{path, std::ios::binary}.rdbuf();
+    return contents.str();
 }
 
 void setTime(const std::string& path, long seconds) {

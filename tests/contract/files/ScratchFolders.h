@@ -24,6 +24,7 @@ private:
 };
 
 void writeFile(const std::string& path, const std::string& contents);
+std::string contentsOf(const std::string& path);
 
 // Of the last change, of a link itself; to the nanosecond.
 void setTime(const std::string& path, long seconds);
