@@ -262,23 +262,6 @@ TEST(RemovingAnApplication, WritesNoAutostartListItDoesNotStandIn) {
     EXPECT_FALSE(world.settings.hasValue("Autostart Apps") || world.files.fileExists(support + "/OldData"));
 }
 
-TEST(RemovingAFile, BacksItUpForEveryOtherAccountAndReloadsBoth) {
-    World world{{"A", "B", "C"}};
-    withParkedCopies(world).outline().expand(0);
-    world.manage("/last", {mailFolder});
-    const int tableReloads = world.table().reloads;
-    askToRemove(world, 1).window().press("OK");
-    EXPECT_THAT(world.settings.list(mail), ElementsAre(home + "/.mailrc"));
-    EXPECT_THAT(world.settings.list("/last"), ElementsAre(mailFolder));
-    EXPECT_EQ(world.textAt(backupOf("B", "3") + "/Mail"), "B's mail");
-    EXPECT_EQ(world.textAt(backupOf("C", "3") + "/Mail"), "C's mail");
-    EXPECT_EQ(world.textAt(support + "/C/.mailrc"), "C's settings");
-    EXPECT_EQ(world.textAt(mailFolder), "A's mail");
-    EXPECT_TRUE(world.isSaved());
-    EXPECT_EQ(world.table().reloads, tableReloads + 1);
-    EXPECT_THAT(world.outline().rows[1], ElementsAre(mail, home + "/.mailrc"));
-}
-
 TEST(Removing, StopsAtTheFirstFailureWithoutSavingOrReloading) {
     struct Case {
         int operation; // counted from the answer

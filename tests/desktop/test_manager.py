@@ -66,10 +66,11 @@ class ManagerTest(DesktopTest):
 class Accounts(ManagerTest):
     def test_accounts_are_added_renamed_and_deleted_with_a_backup(self):
         application = self.prepare(("A", "B"))
+        self.desktop.write(os.path.join(self.desktop.account_folder("Default User"), "mail"), "left over")
         program = self.open()
         self.press("ctrl+n")
         self.wait_for_settings({"Accounts": ["A", "B", "Default User"]})
-        self.assert_support({"A": None, "B/.notes/mail": "mail of B", "Default User": None})
+        self.assert_support({"A": None, "B/.notes/mail": "mail of B", "Default User/mail": "left over"})
         self.press(*TO_FIRST_ROW, "F2")
         self.type("Home", "Return")
         self.wait_for_settings({"Accounts": ["Home", "B", "Default User"], "Current User": "Home"})
@@ -79,7 +80,8 @@ class Accounts(ManagerTest):
         self.assertEqual(self.desktop.settings()["Accounts"], ["Home", "B", "Default User"])
         self.ask("Delete", answer="Return")
         self.wait_for_settings({"Accounts": ["Home", "Default User"], "Current User": "Home"})
-        self.assert_support({"Home": None, "Default User": None, "OldData/B/*/Account/.notes/mail": "mail of B"})
+        backup = {"OldData/B/*/Account/.notes/mail": "mail of B"}
+        self.assert_support({"Home": None, "Default User/mail": "left over", **backup})
         self.assertEqual(self.desktop.tree(application.item), {"mail": "mail of A"})
         self.assertEqual(program.accounts(), ["B", "A"])
         self.close_window(program)
@@ -151,7 +153,9 @@ class Applications(ManagerTest):
 
 class Reset(ManagerTest):
     def reset(self, answer):
-        application = self.prepare()
+        application, kept = self.prepare(), {"/unlisted": ["/kept"], "AutostartApps": ["/kept"]}
+        apps = {"Apps": [application.entry, "/without a list"], "Autostart Apps": ["/other"]}
+        self.desktop.set_settings({**self.desktop.settings(), **apps, **kept})
         program = self.open()
         self.ask("alt+r", answer=answer)
         self.wait_for_settings({"Accounts": ["Default User"], "Current User": "Default User"})
@@ -159,7 +163,7 @@ class Reset(ManagerTest):
         items = ["Library/Preferences/com.apple.mail.plist", "Library/Mail", "Library/Mail Downloads"]
         self.assertEqual(self.desktop.settings(), {
             "Accounts": ["Default User"], "Current User": "Default User", "Apps": [mail], "Autostart Apps": [mail],
-            mail: [os.path.join(self.desktop.home, item) for item in items]})
+            mail: [os.path.join(self.desktop.home, item) for item in items], **kept})
         self.assert_support({"Default User": None})
         self.assertEqual(self.desktop.tree(application.item), {"mail": "mail of A"})
         self.assertEqual(program.accounts(), ["C", "B", "A"])

@@ -67,19 +67,21 @@ class Settings(DesktopTest):
         self.assertEqual(program.end(), 0)
 
     def test_an_account_without_folder_is_shown_once_more_and_then_gone(self):
-        application = self.prepare(("A", "B", "C"))
-        shutil.rmtree(self.desktop.account_folder("A"))
-        shutil.rmtree(self.desktop.account_folder("B"))
-        self.desktop.write(self.desktop.account_folder("B"), "a plain file")
+        application = self.prepare(("A", "B", "C", "D"))
+        for account in "AD":
+            shutil.rmtree(self.desktop.account_folder(account))
+        self.desktop.write(self.desktop.account_folder("D"), "a plain file")
         program = self.start()
-        self.assertEqual(program.accounts(), ["C", "B", "A"])
-        program.choose("B")
-        program.wait_for_log("Error!  B is not a valid user!")
+        self.assertEqual(program.accounts(), ["D", "C", "B", "A"])
+        # D, the last one when A went, was dropped in its turn.
+        self.assertEqual(program.marked(), ["C"])
+        program.choose("D")
+        program.wait_for_log("Error!  D is not a valid user!")
         program.end()
-        self.assertEqual(self.desktop.settings()["Accounts"], ["C"])
+        self.assertEqual(self.desktop.settings()["Accounts"], ["B", "C"])
         self.assertEqual(self.desktop.settings()["Current User"], "C")
         self.assertEqual(self.desktop.tree(application.item), {"mail": "mail of A"})
-        self.assertEqual(self.start().accounts(), ["C"])
+        self.assertEqual(self.start().accounts(), ["C", "B"])
 
 
 if __name__ == "__main__":

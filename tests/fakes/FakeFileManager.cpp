@@ -19,25 +19,16 @@ FakeFileManager::FakeFileManager(std::string theHome) : home{std::move(theHome)}
     protectedPaths = {supportFolder(home), home + "/.config/letterloft/settings.plist"};
 }
 
-bool FakeFileManager::isUnreachable(const std::string& path) const {
-    for (const std::string& folder : unreachablePaths) {
-        if (isAtOrBelow(tidied(path), folder)) return true;
-    }
-    return false;
-}
-
-bool FakeFileManager::isTroubled(const std::string& path) const {
-    return isUnreachable(path) || failingPaths.count(tidied(path)) != 0;
-}
+bool FakeFileManager::isTroubled(const std::string& path) const { return failingPaths.count(tidied(path)) != 0; }
 
 bool FakeFileManager::fileExists(const std::string& path) const {
-    return isPath(path) && (isUnreachable(path) || nodeAt(path, true) != nullptr);
+    return isPath(path) && nodeAt(path, true) != nullptr;
 }
 
 bool FakeFileManager::folderExists(const std::string& path) const {
     if (!isPath(path)) return false;
     const Node* node = nodeAt(path, true);
-    return isUnreachable(path) || (node && node->kind == Node::Kind::folder);
+    return node && node->kind == Node::Kind::folder;
 }
 
 Status FakeFileManager::createFolder(const std::string& path) {

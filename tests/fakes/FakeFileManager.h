@@ -23,14 +23,12 @@ public:
     Status moveItem(const std::string& from, const std::string& to) override;
     Status removeItem(const std::string& path) override;
 
-    std::set<std::string> protectedPaths;   // neither they nor what holds them is moved
-    std::set<std::string> failingPaths;     // operations on them fail; what can be removed before them is removed
-    std::set<std::string> unreachablePaths; // can't be looked at, nor can what is below them
+    std::set<std::string> protectedPaths; // neither they nor what holds them is moved
+    std::set<std::string> failingPaths;   // operations on them fail; what can be removed before them is removed
     mutable int operations = 0;
     int failingOperation = 0; // the one operation that fails; 0 for none
 
 private:
-    bool isUnreachable(const std::string& path) const;
     bool isTroubled(const std::string& path) const;
 
     std::string home;

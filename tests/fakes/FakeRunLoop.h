@@ -17,28 +17,18 @@ public:
     bool runModeBeforeDate([[maybe_unused]] std::chrono::steady_clock::time_point instant) override {
         assert(instant <= std::chrono::steady_clock::now() + std::chrono::seconds{1}); // slices of at most a second
         ++slices;
+        assert(slices < 1000); // a wait that nothing will ever end
         if (!hasSources) return false;
-        if (events.empty()) {
-            ++idleSlices;
-            assert(idleSlices < 1000); // a wait that nothing will ever end
-            return true;
-        }
+        if (events.empty()) return true;
         const Event event = std::move(events.front());
         events.pop_front();
         event();
         return true;
     }
 
-    // Serves everything that is queued, as the program does when no action is running.
-    void runUntilIdle() {
-        while (!events.empty())
-            runModeBeforeDate(std::chrono::steady_clock::now());
-    }
-
     std::deque<Event> events;
     bool hasSources = true;
     int slices = 0;
-    int idleSlices = 0;
 };
 
 } // namespace letterloft

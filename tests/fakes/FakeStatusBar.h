@@ -9,50 +9,36 @@
 
 namespace letterloft {
 
-// A status bar that keeps what its items were told; an item that was destroyed is gone from it.
+// Keeps what it was told.
+struct FakeStatusItem final : StatusItem {
+    void setHighlightMode(bool theHighlights) override { highlights = theHighlights; }
+    void setEnabled(bool isEnabled) override { enabled = isEnabled; }
+    void setToolTip(const std::string& text) override { toolTip = text; }
+    void setMenu(Menu& theMenu) override { menu = &theMenu; }
+    void setImage(std::shared_ptr<const Image> newImage) override { image = FakeImage::nameOf(newImage); }
+    void setAlternateImage(std::shared_ptr<const Image> newImage) override {
+        alternateImage = FakeImage::nameOf(newImage);
+    }
+
+    double length = 0;
+    bool highlights = false;
+    bool enabled = false;
+    std::string toolTip;
+    Menu* menu = nullptr;
+    std::string image;
+    std::string alternateImage;
+};
+
 class FakeStatusBar final : public StatusBar {
 public:
-    struct Shown {
-        double length = 0;
-        bool highlights = false;
-        bool enabled = false;
-        std::string toolTip;
-        Menu* menu = nullptr;
-        std::string image;
-        std::string alternateImage;
-    };
-
     std::unique_ptr<StatusItem> statusItemWithLength(double length) override {
-        auto item = std::make_unique<Item>(*this);
-        item->shown.length = length;
-        items.push_back(&item->shown);
+        auto item = std::make_unique<FakeStatusItem>();
+        item->length = length;
+        items.push_back(item.get());
         return item;
     }
 
-    std::vector<const Shown*> items;
-
-private:
-    class Item final : public StatusItem {
-    public:
-        explicit Item(FakeStatusBar& bar) : bar_{bar} {}
-        ~Item() override { std::erase(bar_.items, &shown); }
-        Item(const Item&) = delete;
-        Item& operator=(const Item&) = delete;
-
-        void setHighlightMode(bool highlights) override { shown.highlights = highlights; }
-        void setEnabled(bool enabled) override { shown.enabled = enabled; }
-        void setToolTip(const std::string& text) override { shown.toolTip = text; }
-        void setMenu(Menu& menu) override { shown.menu = &menu; }
-        void setImage(std::shared_ptr<const Image> image) override { shown.image = FakeImage::nameOf(image); }
-        void setAlternateImage(std::shared_ptr<const Image> image) override {
-            shown.alternateImage = FakeImage::nameOf(image);
-        }
-
-        Shown shown;
-
-    private:
-        FakeStatusBar& bar_;
-    };
+    std::vector<const FakeStatusItem*> items; // as long as their owner keeps them
 };
 
 } // namespace letterloft
