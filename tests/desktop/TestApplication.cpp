@@ -1,25 +1,20 @@
 // A small real program with one window. It ends when its window is asked to close, and keeps a journal of what
-// happened: TestApplication JOURNAL ITEM [hold | SECONDS] With a number it takes that many seconds to end, with `hold`
-// it stays until SIGUSR1.
+// happened: TestApplication JOURNAL ITEM [hold] With `hold` it stays until SIGUSR1.
 
 #include <xcb/xcb.h>
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <optional>
 #include <poll.h>
 #include <string>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 struct Free {
     void operator()(void* memory) const { std::free(memory); }
@@ -57,7 +52,7 @@ bool isAskedToClose(xcb_connection_t* display, xcb_atom_t deleteWindow) {
 int main(int argc, char** argv) {
     if (argc < 3) return 2;
     const auto note = [&](const std::string& word) { std::ofstream(argv[1], std::ios::app) << word + "\n"; };
-    const std::string manner = argc > 3 ? argv[3] : "0";
+    const bool holds = argc > 3;
 
     sigset_t told;
     sigemptyset(&told);
@@ -71,16 +66,13 @@ int main(int argc, char** argv) {
     note("started");
 
     pollfd waits[] = {{xcb_get_file_descriptor(display), POLLIN, 0}, {signalfd(-1, &told, SFD_CLOEXEC), POLLIN, 0}};
-    std::optional<Clock::time_point> end;
-    while ((waits[1].revents & POLLIN) == 0 && (!end || Clock::now() < *end)) {
+    for (bool ends = false; !ends && (waits[1].revents & POLLIN) == 0;) {
         if (isAskedToClose(display, deleteWindow)) {
             note("asked");
-            if (manner != "hold" && !end) end = Clock::now() + std::chrono::seconds(std::stoi(manner));
+            ends = !holds;
             continue;
         }
-        if (xcb_connection_has_error(display)) return 1;
-        const auto left = end ? std::chrono::ceil<std::chrono::milliseconds>(*end - Clock::now()).count() : -1;
-        if (poll(waits, 2, static_cast<int>(left)) < 0 && errno != EINTR) return 1;
+        if (xcb_connection_has_error(display) || (poll(waits, 2, -1) < 0 && errno != EINTR)) return 1;
     }
     // Nothing may have been moved away under a running program.
     note(std::filesystem::exists(argv[2]) ? "ended-with-item" : "ended-without-item");

@@ -80,10 +80,10 @@ class Host:
     """A status bar of our own: the smallest StatusNotifier watcher that is also a host."""
 
     def __init__(self, bus):
-        self.bus, self.items = bus, []
+        self.items = []
         interface = Gio.DBusNodeInfo.new_for_xml(WATCHER_INTERFACE).interfaces[0]
-        self.object = bus.register_object("/StatusNotifierWatcher", interface, self._called, self._property, None)
-        self.name = Gio.bus_own_name_on_connection(bus, WATCHER, Gio.BusNameOwnerFlags.NONE, None, None)
+        bus.register_object("/StatusNotifierWatcher", interface, self._called, self._property, None)
+        Gio.bus_own_name_on_connection(bus, WATCHER, Gio.BusNameOwnerFlags.NONE, None, None)
 
     def _called(self, _bus, sender, _path, _interface, method, arguments, invocation):
         if method == "RegisterStatusNotifierItem":
@@ -94,10 +94,6 @@ class Host:
         if name == "RegisteredStatusNotifierItems":
             return GLib.Variant("as", [f"{sender}/StatusNotifierItem" for sender, _ in self.items])
         return GLib.Variant("b", True) if name.startswith("Is") else GLib.Variant("i", 0)
-
-    def close(self):
-        Gio.bus_unown_name(self.name)
-        self.bus.unregister_object(self.object)
 
 
 class SessionManager:
