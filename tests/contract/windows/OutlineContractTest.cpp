@@ -63,7 +63,6 @@ struct FakeOutline {
     void expand(std::size_t row) { outline.expand(row); }
     void collapse(std::size_t row) { outline.collapse(row); }
     void select(std::size_t row) { outline.select(row); }
-    void tick(std::size_t row, bool ticked) { outline.edit(row, outline.second, ticked); }
 
     FakeOutlineView outline;
 };
@@ -88,10 +87,6 @@ struct QtOutline : QtManagerWindow {
     void collapse(std::size_t row) {
         select(row);
         QTest::keyClick(&widget(), Qt::Key_Left);
-    }
-    void tick(std::size_t row, bool) {
-        select(row);
-        QTest::keyClick(&widget(), Qt::Key_Space);
     }
     QModelIndex cell(int row, int column) { return widget().model()->index(row, column); }
 };
@@ -173,13 +168,6 @@ TYPED_TEST(Outlines, NestAnItemInItselfAsFarAsItIsOpened) {
     this->outline.view().reloadData();
     EXPECT_THAT(this->rows(), ElementsAre("/self", "/self", "/self"));
     EXPECT_LT(this->tree.childrenAsked, 100);
-}
-
-TYPED_TEST(Outlines, HandATickOverAndShowWhatBecameOfIt) {
-    this->outline.tick(0, true);
-    this->outline.tick(1, false);
-    EXPECT_THAT(this->tree.ticks, ElementsAre(testing::Pair("/mail", true), testing::Pair("/news", false)));
-    EXPECT_EQ(this->rows().size(), 2U);
 }
 
 class QtOutlines : public Outlines<QtOutline> {};
