@@ -7,7 +7,6 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace letterloft {
@@ -40,11 +39,6 @@ inline std::string readFile(const std::string& path) {
 inline void writeFile(const std::string& path, const std::string& bytes) {
     std::filesystem::create_directories(std::filesystem::path{path}.parent_path());
     std::ofstream{path, std::ios::binary | std::ios::trunc} << bytes;
-}
-
-inline mode_t modeOf(const std::string& path) {
-    struct stat info {};
-    return lstat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
 }
 
 // An XML property list with this at its top.

@@ -112,6 +112,7 @@ TYPED_TEST(SettingsContract, AWriteReplacesAValueOfAnyType) {
     };
     check(store);
     ASSERT_TRUE(store.synchronize());
+    store.setText("list", "not synchronized");
     this->restart();
     check(this->store());
 }
@@ -129,14 +130,6 @@ TYPED_TEST(SettingsContract, ReadsOfAListFollowEveryWrite) {
     EXPECT_EQ(read(), (Read{1, "d"}));
     store.removeValue("list");
     EXPECT_EQ(read(), (Read{0, std::nullopt}));
-}
-
-TYPED_TEST(SettingsContract, WhatWasNotSynchronizedIsGoneAfterARestart) {
-    this->store().setText("text", "b");
-    ASSERT_TRUE(this->store().synchronize());
-    this->store().setText("text", "c");
-    this->restart();
-    EXPECT_EQ(this->store().text("text"), "b");
 }
 
 TYPED_TEST(SettingsContract, OddTextsSurviveAsKeysAndAsValues) {
