@@ -311,20 +311,6 @@ TEST_F(PosixFileManagerTest, GoesDeepFromACrowdedFolder) {
     EXPECT_TRUE(removed) << removed.sentence();
 }
 
-TEST_F(PosixFileManagerTest, MakesFoldersForTheirOwnerOnlyWhateverTheUmask) {
-    for (const mode_t mask : {0000u, 0022u, 0777u}) {
-        const std::string folder = memory + "/made" + std::to_string(mask);
-        const mode_t before = umask(mask);
-        EXPECT_TRUE(files.createFolder(folder + "/inner"));
-        umask(before);
-        for (const std::string& path : {folder, folder + "/inner"})
-            EXPECT_EQ(fs::status(path).permissions(), fs::perms{0700}) << path;
-    }
-    fs::permissions(memory + "/made0", fs::perms{0755});
-    EXPECT_TRUE(files.createFolder(memory + "/made0"));
-    EXPECT_EQ(fs::status(memory + "/made0").permissions(), fs::perms{0755});
-}
-
 TEST_F(PosixFileManagerTest, TakesWhatCannotBeLookedAtForThere) {
     fs::create_directory(disk + "/closed");
     fs::permissions(disk + "/closed", fs::perms{0000});
