@@ -25,13 +25,9 @@ struct QtUnderTest {
     void choose(const std::string& title) {
         QCoreApplication::processEvents(); // the view follows
         for (QAction* const action : view.widget().actions()) {
-            if (action->text() == QString::fromStdString(title)) return click(*action);
+            if (action->text() == QString::fromStdString(title))
+                return action->trigger(), QCoreApplication::processEvents();
         }
-    }
-
-    static void click(QAction& action) {
-        action.trigger();
-        QCoreApplication::processEvents();
     }
 
     QtMenu real;
@@ -81,28 +77,16 @@ TYPED_TEST(MenuContract, RemovesTheItemItself_OfTwoWithOneTitle) {
     EXPECT_TRUE(isChosen);
 }
 
-TYPED_TEST(MenuContract, HandsOutACopyOfItsItems) {
-    this->insert("b");
-    this->insert("a");
-    for (const auto& item : this->menu.itemArray())
-        this->menu.removeItem(item);
-    EXPECT_TRUE(this->menu.itemArray().empty());
-}
-
-TYPED_TEST(MenuContract, SendsTheItemWithItsAction) {
+TYPED_TEST(MenuContract, SendsTheItemWithItsActionOnly) {
     Sender* sender = nullptr;
     const auto item = this->insert("a", [&](Sender* by) { sender = by; });
     this->test.choose("a");
     EXPECT_EQ(sender, item.get());
     EXPECT_EQ(item->description(), "menu item \"a\"");
-}
-
-TYPED_TEST(MenuContract, ChoosesNothing_WithoutAction) {
-    int chosen = 0;
-    const auto item = this->insert("a", [&](Sender*) { ++chosen; });
+    sender = nullptr;
     item->setAction({});
     this->test.choose("a");
-    EXPECT_EQ(chosen, 0);
+    EXPECT_EQ(sender, nullptr);
 }
 
 TYPED_TEST(MenuContract, KeepsARunningItem_AfterItsRemoval) {

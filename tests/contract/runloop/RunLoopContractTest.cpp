@@ -41,13 +41,6 @@ protected:
 using RunLoops = testing::Types<FakeUnderTest, QtUnderTest>;
 TYPED_TEST_SUITE(RunLoopContract, RunLoops);
 
-TYPED_TEST(RunLoopContract, ReturnsOnceAnEventIsHandled) {
-    bool isHandled = false;
-    this->test.post([&] { isHandled = true; });
-    while (!isHandled)
-        ASSERT_TRUE(this->turn());
-}
-
 TYPED_TEST(RunLoopContract, ServesEventsNested) {
     std::string order;
     this->test.post([&] {
