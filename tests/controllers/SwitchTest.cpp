@@ -57,7 +57,7 @@ TEST(Quitting, AwaitsEachInstanceBeforeTheNextIsAsked) {
     World world{{"A", "B"}};
     withMail(world);
     world.manage(draw, {});
-    world.running.start(mail, "m1")->eventsBefore = 2;
+    world.running.start(mail, "m1");
     world.running.start(mail, "m2");
     world.running.start(draw, "d");
     world.running.start("/unmanaged", "u");

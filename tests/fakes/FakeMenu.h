@@ -13,8 +13,8 @@
 namespace letterloft {
 
 struct FakeMenuItem final : MenuItem {
-    explicit FakeMenuItem(const void* theMaker, std::string theTitle, bool separates)
-        : maker{theMaker}, text{std::move(theTitle)}, isSeparator{separates} {}
+    explicit FakeMenuItem(std::string theTitle, bool separates = false)
+        : text{std::move(theTitle)}, isSeparator{separates} {}
 
     std::string title() const override { return text; }
     bool isSeparatorItem() const override { return isSeparator; }
@@ -22,7 +22,6 @@ struct FakeMenuItem final : MenuItem {
     void setAction(Action newAction) override { action = std::move(newAction); }
     std::string description() const override { return "menu item \"" + text + "\""; }
 
-    const void* maker;
     std::string text;
     bool isSeparator;
     std::shared_ptr<const Image> image;
@@ -33,16 +32,16 @@ struct FakeMenuItem final : MenuItem {
 class FakeMenu final : public Menu {
 public:
     std::shared_ptr<MenuItem> makeItem(const std::string& title) override {
-        return std::make_shared<FakeMenuItem>(this, title, false);
+        return std::make_shared<FakeMenuItem>(title);
     }
 
-    std::shared_ptr<MenuItem> makeSeparatorItem() override { return std::make_shared<FakeMenuItem>(this, "", true); }
+    std::shared_ptr<MenuItem> makeSeparatorItem() override { return std::make_shared<FakeMenuItem>("", true); }
 
     std::vector<std::shared_ptr<MenuItem>> itemArray() const override { return {items.begin(), items.end()}; }
 
     void insertItem(std::shared_ptr<MenuItem> item, std::size_t index) override {
         auto fake = std::dynamic_pointer_cast<FakeMenuItem>(item);
-        assert(fake && fake->maker == this && index <= items.size());
+        assert(fake && index <= items.size());
         assert(std::find(items.begin(), items.end(), fake) == items.end());
         items.insert(items.begin() + static_cast<std::ptrdiff_t>(index), fake);
     }

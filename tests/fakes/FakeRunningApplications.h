@@ -17,7 +17,6 @@ public:
     struct Instance {
         std::string name;
         bool refuses = false; // stays, though asked, until the test ends it
-        int eventsBefore = 0; // how many other events come between the request and the end
         bool hasEnded = false;
     };
 
@@ -58,7 +57,8 @@ private:
             assert(!wasAsked_); // once for each one handed out
             wasAsked_ = true;
             owner_.history.push_back("ask " + instance_->name);
-            if (!instance_->refuses) owner_.endLater(instance_, instance_->eventsBefore);
+            if (!instance_->refuses)
+                owner_.runLoop_.events.push_back([&owner = owner_, instance = instance_] { owner.end(*instance); });
         }
 
         bool isTerminated() override { return instance_->hasEnded; }
@@ -68,15 +68,6 @@ private:
         std::shared_ptr<Instance> instance_;
         bool wasAsked_ = false;
     };
-
-    void endLater(const std::shared_ptr<Instance>& instance, int eventsBefore) {
-        runLoop_.events.push_back([this, instance, eventsBefore] {
-            if (eventsBefore == 0)
-                end(*instance);
-            else
-                endLater(instance, eventsBefore - 1);
-        });
-    }
 
     FakeRunLoop& runLoop_;
     std::map<std::string, std::vector<std::shared_ptr<Instance>>> instances_;
