@@ -50,13 +50,8 @@ BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration
 
 WATCHER_INTERFACE = """<node><interface name="org.kde.StatusNotifierWatcher">
 <method name="RegisterStatusNotifierItem"><arg type="s" direction="in"/></method>
-<method name="RegisterStatusNotifierHost"><arg type="s" direction="in"/></method>
 <property name="RegisteredStatusNotifierItems" type="as" access="read"/>
 <property name="IsStatusNotifierHostRegistered" type="b" access="read"/>
-<property name="ProtocolVersion" type="i" access="read"/>
-<signal name="StatusNotifierItemRegistered"><arg type="s"/></signal>
-<signal name="StatusNotifierItemUnregistered"><arg type="s"/></signal>
-<signal name="StatusNotifierHostRegistered"/>
 </interface></node>"""
 
 
@@ -85,15 +80,14 @@ class Host:
         bus.register_object("/StatusNotifierWatcher", interface, self._called, self._property, None)
         Gio.bus_own_name_on_connection(bus, WATCHER, Gio.BusNameOwnerFlags.NONE, None, None)
 
-    def _called(self, _bus, sender, _path, _interface, method, arguments, invocation):
-        if method == "RegisterStatusNotifierItem":
-            self.items.append((sender, arguments.unpack()[0]))
+    def _called(self, _bus, sender, _path, _interface, _method, _arguments, invocation):
+        self.items.append(sender)
         invocation.return_value(None)
 
     def _property(self, _bus, _sender, _path, _interface, name):
         if name == "RegisteredStatusNotifierItems":
-            return GLib.Variant("as", [f"{sender}/StatusNotifierItem" for sender, _ in self.items])
-        return GLib.Variant("b", True) if name.startswith("Is") else GLib.Variant("i", 0)
+            return GLib.Variant("as", [f"{sender}/StatusNotifierItem" for sender in self.items])
+        return GLib.Variant("b", True)
 
 
 class SessionManager:
@@ -150,7 +144,7 @@ class SessionManager:
 class Desktop:
     """One display, one session bus, one home. `close` ends what was started, each by its own process id."""
 
-    def __init__(self, screen="1024x600x24"):
+    def __init__(self):
         self.root = tempfile.mkdtemp(prefix="letterloft-desktop-")
         self.home = os.path.join(self.root, "home")
         self.support = os.path.join(self.home, "Library/Application Support/Letterloft")
@@ -164,7 +158,7 @@ class Desktop:
             "XDG_DATA_DIRS": "/usr/local/share:/usr/share", "NO_AT_BRIDGE": "1", "GTK_A11Y": "none", "GDK_BACKEND": "x11",
         }
         self.processes, self.host = [], None
-        display = self.start("Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp", "-noreset",
+        display = self.start("Xvfb", "-displayfd", "1", "-screen", "0", "1024x600x24", "-nolisten", "tcp", "-noreset",
                              stdout=subprocess.PIPE)
         self.environment["DISPLAY"] = ":" + display.stdout.readline().decode().strip()
         self.write(f"{self.root}/bus.conf", BUS.format(runtime=runtime, services=services))
