@@ -3,7 +3,7 @@
 #include "platform/linux/PlistSettingsStore.h"
 #include "platform/linux/PropertyList.h"
 #include "storage/SettingsKeys.h"
-#include "tests/contract/settings/ScratchFolder.h"
+#include "tests/contract/files/ScratchFolders.h"
 #include "tests/fakes/FakeLog.h"
 
 #include <cstdint>
@@ -30,7 +30,7 @@ std::string xmlOf(const PropertyList& list) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const ScratchFolder folder;
+    static const ScratchFolders folder;
     const std::string path = folder.at("settings.plist");
     const std::string given{reinterpret_cast<const char*>(data), size};
     FileSystemCalls calls;
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto load = [&] { return PlistSettingsStore::load(path, calls, log, [] { return Status::ok(); }); };
     auto store = load();
     if (!store) {
-        demand(readFile(path) == given && !store.status().sentence().empty());
+        demand(contentsOf(path) == given && !store.status().sentence().empty());
         return 0;
     }
     for (const char* key : {keys::accounts, keys::apps, keys::autostartApps})
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     demand((*store)->synchronize().isOk());
 
     Result<PropertyList> expected = parsedPropertyList(given);
-    const Result<PropertyList> saved = parsedPropertyList(readFile(path));
+    const Result<PropertyList> saved = parsedPropertyList(contentsOf(path));
     demand(expected && saved && load());
     plist_dict_set_item(expected->get(), keys::currentUser, plist_new_string("B"));
     demand(xmlOf(*expected) == xmlOf(*saved));

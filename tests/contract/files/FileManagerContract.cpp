@@ -56,10 +56,7 @@ struct PosixWorld final : FileWorld {
                                                      std::vector{settings});
     }
     FileManager& files() override { return *manager; }
-    void addFile(const std::string& path, const std::string& contents) override {
-        fs::create_directories(fs::path{path}.parent_path());
-        writeFile(path, contents);
-    }
+    void addFile(const std::string& path, const std::string& contents) override { writeFile(path, contents); }
     void addLink(const std::string& path, const std::string& target) override { fs::create_symlink(target, path); }
     std::string textAt(const std::string& path) override {
         if (fs::is_symlink(path)) return fs::read_symlink(path);

@@ -66,6 +66,7 @@ ScratchFolders::~ScratchFolders() {
 }
 
 void writeFile(const std::string& path, const std::string& contents) {
+    fs::create_directories(fs::path{path}.parent_path());
     std::ofstream{path, std::ios::binary} << contents;
 }
 

@@ -17,12 +17,14 @@ public:
 
     const std::string& onMemory() const { return onMemory_; }
     const std::string& onDisk() const { return onDisk_; }
+    std::string at(const std::string& name) const { return onMemory_ + "/" + name; }
 
 private:
     std::string onMemory_;
     std::string onDisk_;
 };
 
+// With the folders it is in.
 void writeFile(const std::string& path, const std::string& contents);
 std::string contentsOf(const std::string& path);
 

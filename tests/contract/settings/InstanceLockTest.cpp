@@ -1,5 +1,5 @@
 #include "platform/linux/InstanceLock.h"
-#include "tests/contract/settings/ScratchFolder.h"
+#include "tests/contract/files/ScratchFolders.h"
 
 #include <gmock/gmock.h>
 
@@ -9,7 +9,7 @@ namespace {
 using ::testing::HasSubstr;
 
 TEST(TheInstanceLock, IsImpossibleWhereALinkOrNoFolderIsInItsWay) {
-    const ScratchFolder scratch;
+    const ScratchFolders scratch;
     const std::string path = scratch.at("Library/Application Support/Letterloft.lock");
     FileSystemCalls calls;
     std::filesystem::create_directories(scratch.at("Library/Application Support"));

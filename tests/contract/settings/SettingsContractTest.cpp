@@ -1,7 +1,8 @@
 // What the controllers rely on, of the settings file and of its twin in memory.
 
 #include "platform/linux/PlistSettingsStore.h"
-#include "tests/contract/settings/ScratchFolder.h"
+#include "tests/contract/files/ScratchFolders.h"
+#include "tests/contract/settings/PropertyListText.h"
 #include "tests/fakes/FakeLog.h"
 #include "tests/fakes/FakeSettingsStore.h"
 
@@ -32,7 +33,7 @@ public:
     }
 
 private:
-    ScratchFolder scratch_;
+    ScratchFolders scratch_;
     std::string path_ = scratch_.at("letterloft/settings.plist");
     FileSystemCalls calls_;
     FakeLog log_;

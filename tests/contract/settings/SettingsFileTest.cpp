@@ -1,7 +1,8 @@
 // What only a file can get wrong: damage, links, modes, values of other types, and the order of things on the disk.
 
 #include "platform/linux/PlistSettingsStore.h"
-#include "tests/contract/settings/ScratchFolder.h"
+#include "tests/contract/files/ScratchFolders.h"
+#include "tests/contract/settings/PropertyListText.h"
 #include "tests/fakes/FakeLog.h"
 
 #include <gmock/gmock.h>
@@ -30,7 +31,7 @@ class SettingsFileCase : public ::testing::Test {
 protected:
     Result<std::unique_ptr<PlistSettingsStore>> tryToLoad() {
         return PlistSettingsStore::load(path_, calls_, log_, [this] {
-            contentsAtSync_.push_back(readFile(path_));
+            contentsAtSync_.push_back(contentsOf(path_));
             return syncOfMoves_;
         });
     }
@@ -41,7 +42,7 @@ protected:
         return loaded ? std::move(*loaded) : nullptr;
     }
 
-    ScratchFolder scratch_;
+    ScratchFolders scratch_;
     std::string path_ = scratch_.at("config/letterloft/settings.plist");
     std::string previous_ = path_ + ".bak";
     FileSystemCalls calls_;
@@ -64,8 +65,8 @@ TEST_F(ASettingsWrite, KeepsThePreviousGeneration_UnlessNothingHasChanged) {
         ASSERT_TRUE(store->synchronize());
         ASSERT_TRUE(store->synchronize());
     }
-    EXPECT_THAT(readFile(previous_), HasSubstr("<string>1</string>"));
-    EXPECT_THAT(readFile(path_), HasSubstr("<string>2</string>"));
+    EXPECT_THAT(contentsOf(previous_), HasSubstr("<string>1</string>"));
+    EXPECT_THAT(contentsOf(path_), HasSubstr("<string>2</string>"));
 }
 
 TEST_F(ASettingsWrite, ComesAfterTheMovesAreDurable_AndIsTriedAgain) {
@@ -94,7 +95,7 @@ TEST_F(ASettingsWrite, HoldsWhatIsNoProperTextAndRefusesNul) {
     auto store = load();
     store->setList(control, {control, "b"});
     ASSERT_TRUE(store->synchronize());
-    EXPECT_THAT(readFile(path_), StartsWith("bplist00"));
+    EXPECT_THAT(contentsOf(path_), StartsWith("bplist00"));
     store = load();
     EXPECT_THAT(store->list(control), ElementsAre(control, "b"));
     store->removeValue(control);
@@ -104,7 +105,7 @@ TEST_F(ASettingsWrite, HoldsWhatIsNoProperTextAndRefusesNul) {
     EXPECT_FALSE(store->hasValue(nul));
     EXPECT_EQ(log_.lines.size(), 2u);
     ASSERT_TRUE(store->synchronize());
-    EXPECT_THAT(readFile(path_), StartsWith("<?xml"));
+    EXPECT_THAT(contentsOf(path_), StartsWith("<?xml"));
     EXPECT_EQ(load()->text("latin"), latin);
 }
 
@@ -118,7 +119,7 @@ TEST_F(AForeignValue, SurvivesASaveInXml) {
     const auto store = load();
     store->setText("ours", "1");
     ASSERT_TRUE(store->synchronize());
-    EXPECT_THAT(readFile(path_), HasSubstr(foreign));
+    EXPECT_THAT(contentsOf(path_), HasSubstr(foreign));
 }
 
 // XML would drop the fraction of a second.
@@ -130,7 +131,7 @@ TEST_F(AForeignValue, ThatOnlyABinaryFileHoldsSurvives) {
     store->setText("ours", "1");
     ASSERT_TRUE(store->synchronize());
     plist_dict_set_item(list.get(), "ours", plist_new_string("1"));
-    EXPECT_EQ(readFile(path_), binaryList(list));
+    EXPECT_EQ(contentsOf(path_), binaryList(list));
 }
 
 TEST_F(ALinkAtTheSettings, IsFollowedAndKept_EvenToNothingButNotToItself) {
@@ -143,7 +144,7 @@ TEST_F(ALinkAtTheSettings, IsFollowedAndKept_EvenToNothingButNotToItself) {
         store->setText("link", text);
         ASSERT_TRUE(store->synchronize());
         EXPECT_EQ(fs::read_symlink(path_), text);
-        EXPECT_THAT(readFile(scratch_.at("dotfiles/ll.plist")), HasSubstr(text));
+        EXPECT_THAT(contentsOf(scratch_.at("dotfiles/ll.plist")), HasSubstr(text));
     }
     EXPECT_TRUE(fs::exists(scratch_.at("dotfiles/ll.plist.bak")));
     fs::remove(path_);
@@ -232,7 +233,7 @@ TEST_F(SettingsAreRefused, ForEveryDamageWithASentenceAndLeftAsTheyAre) {
         EXPECT_THAT(loaded.status().sentence(), AllOf(HasSubstr("\"" + path_ + "\""), HasSubstr(damage.reason),
                                                       HasSubstr("copy that file"), HasSubstr("\"" + previous_ + "\"")))
             << damage.name;
-        EXPECT_EQ(readFile(path_), damage.bytes) << damage.name;
+        EXPECT_EQ(contentsOf(path_), damage.bytes) << damage.name;
     }
     EXPECT_TRUE(parsedPropertyList(nested(127)));
 }
@@ -242,10 +243,10 @@ TEST_F(SettingsAreRefused, CutShortAnywhere) {
     store->setText("Current User", "Default User");
     store->setList("Accounts", {"Default User", "Work & Play"});
     ASSERT_TRUE(store->synchronize());
-    const std::string xml = readFile(path_);
+    const std::string xml = contentsOf(path_);
     store->setText("control", "\x01");
     ASSERT_TRUE(store->synchronize());
-    const std::string binary = readFile(path_);
+    const std::string binary = contentsOf(path_);
     const std::string whole = xml.substr(0, xml.find("</plist>") + 8); // only a line feed follows
     for (const std::string& bytes : {whole, binary})
         for (std::size_t length = 0; length < bytes.size(); ++length)

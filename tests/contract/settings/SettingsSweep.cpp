@@ -2,7 +2,7 @@
 // runs to its end.
 
 #include "platform/linux/PlistSettingsStore.h"
-#include "tests/contract/settings/ScratchFolder.h"
+#include "tests/contract/files/ScratchFolders.h"
 #include "tests/fakes/FakeLog.h"
 #include "tests/sweeps/FaultyCalls.h"
 
@@ -93,7 +93,7 @@ protected:
 
     std::string target() const { return fs::is_symlink(path_) ? fs::read_symlink(path_).string() : path_; }
 
-    ScratchFolder scratch_;
+    ScratchFolders scratch_;
     std::string path_ = scratch_.at("home/letterloft/settings.plist");
 };
 
@@ -116,7 +116,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Without the first sync a power cut leaves an empty file under the name, without the second one the old settings.
 TEST(ASettingsWriteIsDurable, BeforeItGetsItsNameAndAfter) {
-    const ScratchFolder scratch;
+    const ScratchFolders scratch;
     const std::string path = scratch.at("settings.plist");
     FaultyCalls calls;
     ASSERT_TRUE(writeGeneration(path, calls, "1"));
@@ -128,7 +128,7 @@ TEST(ASettingsWriteIsDurable, BeforeItGetsItsNameAndAfter) {
 
 // A first run would write the defaults over what could not be looked at.
 TEST(ALoadThatGoesWrong, IsNeverTakenForAFirstRun) {
-    const ScratchFolder scratch;
+    const ScratchFolders scratch;
     const std::string path = scratch.at("letterloft/settings.plist");
     FileSystemCalls sound;
     ASSERT_TRUE(writeGeneration(path, sound, "1"));
