@@ -104,8 +104,11 @@ TEST_F(HeldChoices, AChoiceOfARowThatWasJustReplaced_IsOneOfItsSuccessor) {
 
 TEST(MenuView, MakesOnlyDifferentRowsAnew) {
     QtMenu menu;
+    QtMenuView view{menu};
     const auto image = std::make_shared<QtImage>(QIcon{QPixmap{16, 16}});
-    const auto rebuild = [&](const Titles& accounts, const std::string& current) {
+    // Guarded: a new row may take the place of a deleted one in memory.
+    using Rows = QList<QPointer<QAction>>;
+    const auto rebuilt = [&](const Titles& accounts, const std::string& current) {
         for (const auto& item : menu.itemArray())
             menu.removeItem(item);
         for (const std::string& account : accounts) {
@@ -114,10 +117,7 @@ TEST(MenuView, MakesOnlyDifferentRowsAnew) {
             if (account != current) item->setAction([](Sender*) {});
             menu.insertItem(item, 0);
         }
-    };
-    // Guarded: a new row may take the place of a deleted one in memory.
-    using Rows = QList<QPointer<QAction>>;
-    const auto rows = [](QtMenuView& view) {
+        view.update();
         const auto actions = view.widget().actions();
         return Rows{actions.begin(), actions.end()};
     };
@@ -128,24 +128,15 @@ TEST(MenuView, MakesOnlyDifferentRowsAnew) {
         }
         return found;
     };
-    QtMenuView view{menu};
-    rebuild({"d", "c", "b", "a"}, "a");
-    view.update();
-    const auto first = rows(view);
-    rebuild({"d", "c", "b", "a"}, "c"); // a switch
-    view.update();
-    const auto second = rows(view);
+    const Rows first = rebuilt({"d", "c", "b", "a"}, "a");
+    const Rows second = rebuilt({"d", "c", "b", "a"}, "c"); // a switch
     EXPECT_EQ(survivors(first, second), (Titles{"b", "d"}));
-    EXPECT_FALSE(second[2]->isEnabled());
-    EXPECT_FALSE(second[2]->icon().isNull());
-    EXPECT_TRUE(second[0]->icon().isNull());
-    rebuild({"d", "c", "new", "b", "a"}, "c"); // a new account
-    view.update();
-    EXPECT_EQ(survivors(second, rows(view)), (Titles{"a", "b", "c", "d"}));
-    rebuild({"d", "c"}, "c"); // two gone
-    view.update();
-    EXPECT_EQ(survivors(second, rows(view)), (Titles{"c", "d"}));
-    EXPECT_EQ(view.widget().actions().size(), 2);
+    EXPECT_FALSE(second[2]->isEnabled() || second[2]->icon().isNull());
+    EXPECT_TRUE(second[0]->isEnabled() && second[0]->icon().isNull());
+    EXPECT_EQ(survivors(second, rebuilt({"d", "c", "new", "b", "a"}, "c")), (Titles{"a", "b", "c", "d"}));
+    const Rows last = rebuilt({"d", "c"}, "c");
+    EXPECT_EQ(survivors(second, last), (Titles{"c", "d"}));
+    EXPECT_EQ(last.size(), 2);
 }
 
 TEST(MenuList, ShowsTheMenuAndChoosesFromIt) {
