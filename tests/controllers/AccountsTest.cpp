@@ -186,20 +186,5 @@ TEST(RemoveAccount, KeepsTheAccountAfterAnyFailure) {
     }
 }
 
-TEST(TheStamp, PadsAllButYearAndSecond) {
-    World world{{"A"}};
-    opened(world);
-    const std::pair<Calendar::Components, const char*> cases[] = {
-        {{2011, 3, 5, 9, 7, 3}, "20110305-09.07.3"},
-        {{2011, 3, 5, 9, 7, 13}, "20110305-09.07.13"},
-        {{2011, 12, 31, 23, 59, 59}, "20111231-23.59.59"},
-        {{23, 1, 1, 0, 0, 0}, "230101-00.00.0"},
-    };
-    for (const auto& [now, stamp] : cases) {
-        world.calendar.now = now;
-        EXPECT_EQ(world.controller->getCurrentDateAndTimeString(), stamp);
-    }
-}
-
 } // namespace
 } // namespace letterloft

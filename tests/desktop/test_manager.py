@@ -179,29 +179,23 @@ class Reset(ManagerTest):
 
 
 class OpenQuestion(ManagerTest):
-    def end_with_each_question(self, end):
-        """The end with each kind of sheet open: an orderly one that answers none of them."""
+    def test_quit_and_sigterm_answer_no_question(self):
         gone = "/nowhere/gone.desktop"
         application = self.prepare(Apps=["/nowhere/first.desktop", gone])
         self.desktop.set_settings({**self.desktop.settings(), gone: [application.item]})
-        before = self.state(application)
-        second_row = [*TO_FIRST_ROW, "Down"]
-        for sheet, *keys in ((QUESTION, "alt+r"), (QUESTION, *second_row, "Delete"), (ADD_APP, "alt+p"),
-                             (QUESTION, "alt+m", *second_row, "Delete"), (ADD_FILE, "alt+m", *second_row, "alt+f")):
-            program = self.open()
-            self.press(*keys, then=sheet)
-            end(program)
-            self.assertEqual(program.exit_status(), 0, program.log())
-            self.assertEqual(self.state(application), before, program.log())
 
-    def state(self, application):
-        return self.desktop.settings(), self.desktop.tree(self.desktop.support), self.desktop.tree(application.item)
+        def state():
+            return self.desktop.settings(), self.desktop.tree(self.desktop.support), self.desktop.tree(application.item)
 
-    def test_quit_answers_no_question(self):
-        self.end_with_each_question(lambda program: program.choose("Quit"))
-
-    def test_sigterm_answers_no_question(self):
-        self.end_with_each_question(lambda program: program.process.send_signal(signal.SIGTERM))
+        before, second_row = state(), [*TO_FIRST_ROW, "Down"]
+        for end in (lambda: program.choose("Quit"), lambda: program.process.send_signal(signal.SIGTERM)):
+            for sheet, *keys in ((QUESTION, "alt+r"), (QUESTION, *second_row, "Delete"), (ADD_APP, "alt+p"),
+                                 (QUESTION, "alt+m", *second_row, "Delete"), (ADD_FILE, "alt+m", *second_row, "alt+f")):
+                program = self.open()
+                self.press(*keys, then=sheet)
+                end()
+                self.assertEqual(program.exit_status(), 0, program.log())
+                self.assertEqual(state(), before, program.log())
 
 
 class ScreenReader(ManagerTest):

@@ -96,8 +96,8 @@ public:
         return true;
     }
 
-    mutable FakeTableColumn first{"Column 1", 175, 7};
-    mutable FakeTableColumn second{"Column 2", 60, 7};
+    mutable FakeTableColumn first{"Column 1", 175};
+    mutable FakeTableColumn second{"Column 2", 60};
     std::vector<Path> rows; // as they are shown
     int reloads = 0;
 

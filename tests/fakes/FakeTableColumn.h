@@ -10,18 +10,12 @@ namespace letterloft {
 
 // Every byte is as wide as the next.
 struct FakeFont final : Font {
-    explicit FakeFont(double width) : widthOfAByte{width} {}
-    double widthInPoints(const std::string& text) const override {
-        return widthOfAByte * static_cast<double>(text.size());
-    }
-
-    double widthOfAByte;
+    double widthInPoints(const std::string& text) const override { return 7.0 * static_cast<double>(text.size()); }
 };
 
 class FakeTableColumn final : public TableColumn {
 public:
-    FakeTableColumn(std::string identifier, double width, double widthOfAByte)
-        : identifier_{std::move(identifier)}, width_{width}, font_{widthOfAByte} {}
+    FakeTableColumn(std::string identifier, double width) : identifier_{std::move(identifier)}, width_{width} {}
 
     std::string identifier() const override { return identifier_; }
     double width() const override { return width_; }

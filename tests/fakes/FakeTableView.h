@@ -65,7 +65,7 @@ public:
 
     void cancelEditing() { edited_.reset(); }
 
-    FakeTableColumn column{"Accounts", 200, 7};
+    FakeTableColumn column{"Accounts", 200};
     std::size_t rowCount = 0; // as announced by the latest reload
     int reloads = 0;
 
