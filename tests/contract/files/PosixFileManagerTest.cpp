@@ -37,6 +37,18 @@ ino_t inodeOf(const std::string& path) {
 
 class Interfering final : public FileSystemCalls {
 public:
+    ssize_t copy_file_range(int from, int to, std::size_t size) override {
+        if (beforeContents) beforeContents();
+        return FileSystemCalls::copy_file_range(from, to, size);
+    }
+    ssize_t read(int file, void* buffer, std::size_t size) override {
+        if (beforeContents) beforeContents();
+        return FileSystemCalls::read(file, buffer, size);
+    }
+    int setLease(int file, int lease) override {
+        if (beforeLease) beforeLease(file);
+        return FileSystemCalls::setLease(file, lease);
+    }
     int syncfs(int file) override {
         if (beforeSync) beforeSync();
         return FileSystemCalls::syncfs(file);
@@ -57,6 +69,8 @@ public:
         return result;
     }
 
+    std::function<void()> beforeContents;
+    std::function<void(int file)> beforeLease;
     std::function<void()> beforeSync; // of the copy of a move, after it was made
     std::function<void(const std::string& to)> afterRename;
     bool refuseFlags = false;
@@ -183,6 +197,23 @@ TEST_F(PosixFileManagerTest, KeepsWhatChangedOrIsInUseAfterItWasCopied) {
     EXPECT_EQ(contentsOf(item + "/program"), "#!/bin/sh\nappended");
     ASSERT_EQ(log.lines.size(), 1u);
     EXPECT_THAT(log.lines[0], AllOf(HasSubstr(item), HasSubstr(disk + "/item")));
+}
+
+TEST_F(PosixFileManagerTest, CopiesAFileAsItIsAtOneMomentAndKeepsWhatComesLater) {
+    const std::string file = memory + "/file";
+    writeFile(file, "1");
+    int changes = 100;
+    calls.beforeContents = [&] {
+        if (changes-- > 0) std::ofstream{file, std::ios::app} << "2";
+    };
+    EXPECT_THAT(files.moveItem(file, disk + "/file").sentence(), HasSubstr("keeps changing"));
+    EXPECT_TRUE(fs::is_empty(disk));
+    changes = 1;
+    const std::string before = contentsOf(file);
+    calls.beforeLease = [](int held) { std::ofstream{"/proc/self/fd/" + std::to_string(held), std::ios::app} << "3"; };
+    EXPECT_TRUE(files.moveItem(file, disk + "/file"));
+    EXPECT_EQ(contentsOf(disk + "/file"), before + "2");
+    EXPECT_EQ(contentsOf(file), before + "23");
 }
 
 TEST_F(PosixFileManagerTest, KeepsARemainderAsideWhereItsNameIsTaken) {
