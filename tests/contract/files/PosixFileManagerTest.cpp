@@ -58,7 +58,10 @@ public:
         return FileSystemCalls::fsync(file);
     }
     int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
-        if (flags != 0 && refuseFlags) return errno = EINVAL, -1;
+        if (flags != 0 && refuseFlags) {
+            errno = EINVAL;
+            return -1;
+        }
         const int renamed = FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
         if (renamed == 0 && afterRename) afterRename(to);
         return renamed;

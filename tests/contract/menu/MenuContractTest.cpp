@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace letterloft {
 namespace {
 
@@ -24,10 +26,10 @@ struct QtUnderTest {
 
     void choose(const std::string& title) {
         QCoreApplication::processEvents(); // the view follows
-        for (QAction* const action : view.widget().actions()) {
-            if (action->text() == QString::fromStdString(title))
-                return action->trigger(), QCoreApplication::processEvents();
-        }
+        const auto rows = view.widget().actions();
+        const auto hasTitle = [&](QAction* row) { return row->text() == QString::fromStdString(title); };
+        (*std::find_if(rows.begin(), rows.end(), hasTitle))->trigger();
+        QCoreApplication::processEvents();
     }
 
     QtMenu real;
