@@ -77,7 +77,7 @@ TEST_F(Held, TellsWhatSigtermWouldDo) {
     using Effect = HeldProcess::SigtermEffect;
     const std::vector<std::pair<std::string, Effect>> cases = {{"default", Effect::deadly},
                                                                {"handle", Effect::handled},
-                                                               {"signalfd", Effect::handled},
+                                                               {"block", Effect::handled},
                                                                {"ignore", Effect::ignored}};
     for (const auto& [reaction, effect] : cases) {
         Started started = start(reaction);

@@ -26,6 +26,19 @@ protected:
         fifo = desktop.home() + "/report";
         ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
         reports = open(fifo.c_str(), O_RDWR | O_CLOEXEC); // for writing too, so that it never ends
+        reporter = desktop.write("my programs/reporter", R"(#!/usr/bin/python3
+import os, signal, sys
+descriptors = []
+for number in os.listdir("/proc/self/fd"):
+    if os.path.exists("/proc/self/fd/" + number):  # which that of the list itself does no more
+        descriptors.append(f"descriptor {number} " + os.readlink("/proc/self/fd/" + number))
+lines = [f"pid {os.getpid()}", *descriptors, "session " + ("own" if os.getsid(0) == os.getpid() else "shared"),
+         "mark " + os.environ.get("GIO_LAUNCHED_DESKTOP_FILE_PID", "none")]
+lines += ["argument " + argument for argument in sys.argv[1:]] + ["ready"]
+print(*lines, sep="\n", flush=True, file=open(")" + fifo + R"(", "w"))
+signal.pause()
+)",
+                                 0700);
     }
 
     void TearDown() override {
@@ -40,9 +53,7 @@ protected:
                              "[Desktop Entry]\nType=Application\nName=The Tester\n" + keys + "\n");
     }
 
-    std::string reportingExec(const std::string& more = {}) const {
-        return "Exec=\"" + std::string{testProgram} + "\" \"report=" + fifo + "\" " + more;
-    }
+    std::string reportingExec(const std::string& more = {}) const { return "Exec=\"" + reporter + "\" " + more; }
 
     // The lines up to this one, which is waited for.
     const std::vector<std::string>& reportUntil(const std::string& last) {
@@ -82,6 +93,7 @@ protected:
     SessionBus bus{log};
     GioLauncher launcher{bus, log};
     std::string fifo;
+    std::string reporter;
     int reports = -1;
     std::vector<std::string> seen;
 };
@@ -92,9 +104,7 @@ using LaunchOfEntry = Launching;
 
 TEST_F(LaunchOfEntry, FillsTheFieldCodesAndDetachesTheProgram) {
     const int leak = dup(STDERR_FILENO); // as a library might leave one behind
-    const std::string program = desktop.write("my programs/go", "#!/bin/sh\nexec \"$@\"\n", 0700);
-    const std::string path =
-        entry("Exec=\"" + program + "\" " + reportingExec("\"two words\" %u %% --name %c %k").substr(5));
+    const std::string path = entry(reportingExec("\"two words\" %u %% --name %c %k"));
     ASSERT_TRUE(launcher.launchApplication(path));
     reportUntil("ready");
     const std::vector<std::string> arguments = {"two words", "%", "--name", "The Tester", path};
@@ -128,9 +138,9 @@ TEST_F(LaunchOfEntry, IsRefusedWithTheReason) {
 }
 
 TEST_F(LaunchOfEntry, ByTheBusReachesWhatRunsElseItsServiceElseIsRefusedAtOnce) {
-    desktop.write("share/dbus-1/services/tester.service", std::string{"[D-BUS Service]\nName="} + id + "\nExec=\"" +
-                                                              testProgram + "\" bus=" + id + " name \"report=" + fifo +
-                                                              "\"\n");
+    desktop.write("share/dbus-1/services/tester.service",
+                  std::string{"[D-BUS Service]\nName="} + id + "\nExec=/bin/sh -c 'exec >" + fifo +
+                      "; echo pid $$; exec " + testProgram + " bus=" + id + " name'\n");
     desktop.startBus();
     expectRefused(entry("Exec=/bin/true\nDBusActivatable=true", "org.letterloft.Nobody"), "session bus");
     const std::string path = entry("Exec=/bin/false\nDBusActivatable=true");
@@ -176,10 +186,9 @@ using LaunchOfFile = Launching;
 
 TEST_F(LaunchOfFile, StartsAnExecutableOrTheOneOfABundleWithoutOurLaunchMark) {
     setenv("GIO_LAUNCHED_DESKTOP_FILE_PID", std::to_string(getpid()).c_str(), 1);
-    const std::string script = "#!/bin/sh\nexec \"" + std::string{testProgram} + "\" \"report=" + fifo + "\"\n";
-    desktop.write("Tester.app/tester", script, 0700);
+    desktop.write("Tester.app/tester", "#!/bin/sh\nexec '" + reporter + "'\n", 0700);
     desktop.write("Tester.app/Resources/Info-gnustep.plist", "{ NSExecutable = tester; }");
-    for (const std::string& path : {desktop.write("start me", script, 0700), desktop.home() + "/Tester.app"}) {
+    for (const std::string& path : {reporter, desktop.home() + "/Tester.app"}) {
         ASSERT_TRUE(launcher.launchApplication(path));
         reportUntil("ready");
         EXPECT_TRUE(reported("mark none"));

@@ -1,10 +1,8 @@
-// A program to be asked to quit, or to be launched. It writes one line for everything that happens to it, "ready"
-// first.
+// A program to be asked to quit. It writes one line for everything that happens to it, "ready" first.
 //
-// sigterm=default|handle|ignore|signalfd   what SIGTERM does to it; "handle" ends it in an orderly way
-// display                                  connects to the display, without a window
-// connect=SOCKET|PORT                      holds a connection there, and no more
-// windows=N on-close=close|ask|ignore|hide what its windows do when asked to close; it ends with the last one
+// sigterm=default|handle|ignore|block      what SIGTERM does to it; "handle" ends it in an orderly way
+// windows=N on-close=close|ask|ignore|hide what its windows do when asked to close; it ends with the last one. With
+//                                          none of them it is connected to the display nonetheless
 // class=NAME                               of the first window, instead of "Tester"
 // no-delete                                its windows do not take the request at all
 // modal                                    the first window has a dialog, which takes the request too; while it stands
@@ -13,9 +11,8 @@
 // name                                     it owns ID as its well-known name
 // no-quit | quit-disabled                  it lists no such action, or one that can't be used
 //
-// report=FIFO                              writes there instead, and first how it was launched
-//
 // SIGUSR1 agrees to the question that stands, SIGUSR2 refuses it.
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -23,12 +20,8 @@
 #include <gio/gio.h>
 #include <glib-unix.h>
 #include <map>
-#include <netinet/in.h>
 #include <optional>
 #include <string>
-#include <sys/signalfd.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -36,29 +29,11 @@
 
 namespace {
 
+constexpr xcb_window_t noWindow = XCB_WINDOW_NONE;
+
 void say(const std::string& line) {
     std::puts(line.c_str());
     std::fflush(stdout);
-}
-
-// How a launched program finds itself: descriptors, session, arguments, the desktop's launch mark.
-void report(const std::string& fifo, const std::vector<std::string>& arguments) {
-    std::vector<std::string> lines = {"pid " + std::to_string(getpid())};
-    for (int descriptor = 0; descriptor < 256; ++descriptor) {
-        const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
-        char target[256] = {};
-        if (readlink(link.c_str(), target, sizeof target - 1) > 0) {
-            lines.push_back("descriptor " + std::to_string(descriptor) + " " + target);
-        }
-    }
-    lines.push_back(getsid(0) == getpid() ? "session own" : "session shared");
-    const char* mark = std::getenv("GIO_LAUNCHED_DESKTOP_FILE_PID");
-    lines.push_back(std::string{"mark "} + (mark == nullptr ? "none" : mark));
-    for (const std::string& argument : arguments)
-        lines.push_back("argument " + argument);
-    if (std::freopen(fifo.c_str(), "w", stdout) == nullptr) std::exit(5);
-    for (const std::string& line : lines)
-        say(line);
 }
 
 class Program {
@@ -67,10 +42,9 @@ public:
 
     int run() {
         prepareSignals();
-        if (has("connect")) connectTo(option("connect"));
-        if (has("display") || has("windows")) connectToDisplay();
+        if (has("windows")) connectToDisplay();
         for (int i = 0; i < std::atoi(option("windows").c_str()); ++i)
-            windows_.push_back(makeWindow(XCB_WINDOW_NONE));
+            windows_.push_back(makeWindow(noWindow));
         if (has("modal")) dialog_ = makeWindow(windows_.front());
         if (has("bus")) exportApplication();
         say("ready");
@@ -90,12 +64,11 @@ private:
         const std::string reaction = option("sigterm");
         if (reaction == "ignore") std::signal(SIGTERM, SIG_IGN);
         if (reaction == "handle") g_unix_signal_add(SIGTERM, &Program::sigtermCame, this);
-        if (reaction == "signalfd") {
+        if (reaction == "block") {
             sigset_t set;
             sigemptyset(&set);
             sigaddset(&set, SIGTERM);
             sigprocmask(SIG_BLOCK, &set, nullptr);
-            g_unix_fd_add(signalfd(-1, &set, SFD_CLOEXEC), G_IO_IN, &Program::sigtermToRead, this);
         }
         g_unix_signal_add(SIGUSR1, &Program::userAgreed, this);
         g_unix_signal_add(SIGUSR2, &Program::userRefused, this);
@@ -107,18 +80,6 @@ private:
         const xcb_atom_t found = reply->atom;
         std::free(reply);
         return found;
-    }
-
-    static void connectTo(const std::string& place) {
-        sockaddr_un local{AF_UNIX, {}};
-        std::snprintf(local.sun_path, sizeof local.sun_path, "%s", place.c_str());
-        sockaddr_in remote{
-            AF_INET, htons(static_cast<std::uint16_t>(std::atoi(place.c_str()))), {htonl(INADDR_LOOPBACK)}, {}};
-        const bool isLocal = place.front() == '/';
-        const int server = socket(isLocal ? AF_UNIX : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        const auto* address =
-            isLocal ? reinterpret_cast<const sockaddr*>(&local) : reinterpret_cast<sockaddr*>(&remote);
-        if (connect(server, address, isLocal ? sizeof local : sizeof remote) != 0) std::exit(6);
     }
 
     void connectToDisplay() {
@@ -140,7 +101,7 @@ private:
         const pid_t nobody = 1; // as a program in a container tells its own number there
         set(window, atom("_NET_WM_PID"), 32, 1, &nobody);
         if (!has("no-delete")) set(window, protocols_, 32, 1, &deleteWindow_);
-        if (owner != XCB_WINDOW_NONE) set(window, XCB_ATOM_WM_TRANSIENT_FOR, 32, 1, &owner);
+        if (owner != noWindow) set(window, XCB_ATOM_WM_TRANSIENT_FOR, 32, 1, &owner);
         if (has("bus")) setText(window, "_GTK_APPLICATION_ID", option("bus"));
         xcb_map_window(server_, window);
         std::free(xcb_get_input_focus_reply(server_, xcb_get_input_focus(server_), nullptr)); // all done by now
@@ -178,11 +139,9 @@ private:
     }
 
     void askToClose(xcb_window_t window) {
-        std::size_t number = 0;
-        while (number < windows_.size() && windows_[number] != window)
-            ++number;
-        if (dialog_ != XCB_WINDOW_NONE) return say("dropped " + std::to_string(number + 1));
-        say("asked " + std::to_string(number + 1));
+        const auto number = std::find(windows_.begin(), windows_.end(), window) - windows_.begin() + 1;
+        if (dialog_ != noWindow) return say("dropped " + std::to_string(number));
+        say("asked " + std::to_string(number));
         const std::string reaction = option("on-close");
         if (reaction == "close") close(window);
         if (reaction == "hide") {
@@ -194,19 +153,15 @@ private:
 
     void ask(std::optional<xcb_window_t> about) {
         asking_ = about;
-        question_ = makeWindow(about.value_or(XCB_WINDOW_NONE));
+        question_ = makeWindow(about.value_or(noWindow));
         say("question");
     }
 
     void close(xcb_window_t window) {
         xcb_destroy_window(server_, window);
         xcb_flush(server_);
-        std::size_t left = 0;
-        for (xcb_window_t& known : windows_) {
-            if (known == window) known = XCB_WINDOW_NONE;
-            if (known != XCB_WINDOW_NONE) ++left;
-        }
-        if (left == 0) g_main_loop_quit(loop_);
+        std::replace(windows_.begin(), windows_.end(), window, noWindow);
+        if (std::count(windows_.begin(), windows_.end(), noWindow) == std::ssize(windows_)) g_main_loop_quit(loop_);
     }
 
     static gboolean sigtermCame(gpointer self) {
@@ -215,20 +170,12 @@ private:
         return G_SOURCE_REMOVE;
     }
 
-    static gboolean sigtermToRead(gint /*descriptor*/, GIOCondition /*condition*/, gpointer self) {
-        return sigtermCame(self);
-    }
-
     static gboolean userAgreed(gpointer data) {
         auto* self = static_cast<Program*>(data);
-        if (self->dialog_ != XCB_WINDOW_NONE) {
-            if (self->question_ != XCB_WINDOW_NONE) xcb_destroy_window(self->server_, self->question_);
-            xcb_destroy_window(self->server_, std::exchange(self->dialog_, XCB_WINDOW_NONE));
-            xcb_flush(self->server_);
-            return G_SOURCE_CONTINUE;
-        }
-        xcb_destroy_window(self->server_, self->question_);
-        if (self->asking_) {
+        xcb_destroy_window(self->server_, self->question_); // if there is one
+        if (self->dialog_ != noWindow) {
+            self->close(std::exchange(self->dialog_, noWindow));
+        } else if (self->asking_) {
             self->close(*self->asking_);
         } else {
             g_main_loop_quit(self->loop_);
@@ -238,13 +185,13 @@ private:
 
     static gboolean userRefused(gpointer data) {
         auto* self = static_cast<Program*>(data);
-        if (self->dialog_ != XCB_WINDOW_NONE) {
+        if (self->dialog_ != noWindow) {
             self->ask(self->dialog_);
-            return G_SOURCE_CONTINUE;
+        } else {
+            xcb_destroy_window(self->server_, self->question_);
+            xcb_flush(self->server_);
+            say("refused");
         }
-        xcb_destroy_window(self->server_, self->question_);
-        xcb_flush(self->server_);
-        say("refused");
         return G_SOURCE_CONTINUE;
     }
 
@@ -276,8 +223,8 @@ private:
     xcb_atom_t protocols_ = XCB_ATOM_NONE;
     xcb_atom_t deleteWindow_ = XCB_ATOM_NONE;
     std::vector<xcb_window_t> windows_;
-    xcb_window_t dialog_ = XCB_WINDOW_NONE;
-    xcb_window_t question_ = XCB_WINDOW_NONE;
+    xcb_window_t dialog_ = noWindow;
+    xcb_window_t question_ = noWindow;
     std::optional<xcb_window_t> asking_;
 };
 
@@ -285,12 +232,10 @@ private:
 
 int main(int count, char** arguments) {
     std::map<std::string, std::string> options;
-    const std::vector<std::string> all{arguments + 1, arguments + count};
     for (int i = 1; i < count; ++i) {
         const std::string argument = arguments[i];
         const std::size_t equals = std::min(argument.find('='), argument.size());
         options[argument.substr(0, equals)] = argument.substr(std::min(equals + 1, argument.size()));
     }
-    if (options.count("report") != 0) report(options.at("report"), all);
     _exit(Program{std::move(options)}.run()); // what it holds ends with it
 }
