@@ -11,10 +11,10 @@ Applications::~Applications() {
         if (!process.hasEnded()) (void)process.sendSignal(SIGKILL);
 }
 
-std::string Applications::program(const std::string& place) const {
+std::string Applications::program(const std::string& place, const std::string& original) const {
     const std::filesystem::path file = desktop_.home() + "/" + place;
     std::filesystem::create_directories(file.parent_path());
-    std::filesystem::copy_file(LETTERLOFT_TEST_APPLICATION, file, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::copy_file(original, file, std::filesystem::copy_options::overwrite_existing);
     return file;
 }
 

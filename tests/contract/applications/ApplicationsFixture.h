@@ -24,8 +24,8 @@ protected:
 
     ~Applications() override;
 
-    // A copy of the test's application at that place in the home; never the same file twice.
-    std::string program(const std::string& place) const;
+    // A copy of the test's application, or another, at that place in the home; never the same file twice.
+    std::string program(const std::string& place, const std::string& original = LETTERLOFT_TEST_APPLICATION) const;
 
     // A desktop entry in the home's applications folder. Its id is not that of another test's, running meanwhile,
     // unless it is a name on the bus.

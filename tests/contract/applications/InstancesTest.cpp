@@ -53,17 +53,6 @@ TEST_F(Instance, HasNotEndedBeforeWhatCameWhileItEnded) {
     EXPECT_TRUE(waitForEnd(*found[0]));
 }
 
-TEST_F(Instance, IsNotOneThatStartedLater) {
-    const std::string mailer = program("bin/mailer");
-    started({mailer});
-    auto found = instances(mailer);
-    ASSERT_EQ(found.size(), 1u);
-    started({"setsid", mailer});
-    found[0]->terminate();
-    EXPECT_TRUE(waitForEnd(*found[0]));
-    EXPECT_EQ(instances(mailer).size(), 1u);
-}
-
 TEST_F(Instance, IsWaitedForWithTheWrapperAboveIt) {
     const std::string mailer = program("lib/mailer-bin");
     const std::string done = desktop_.home() + "/done";

@@ -10,7 +10,7 @@ namespace {
 class RealKind : public Applications {
 protected:
     std::string application() { return program("bin/mailer"); }
-    void startInstance(const std::string& path) { start({path}); }
+    void startInstance(const std::string& path) { start({"setsid", path}); }
     std::vector<std::unique_ptr<RunningApplication>> list(const std::string& path) { return instances(path); }
     void serve() { watcher_.serve(20000); }
 };
@@ -34,18 +34,19 @@ class RunningInstances : public Kind {};
 using Kinds = testing::Types<RealKind, FakeKind>;
 TYPED_TEST_SUITE(RunningInstances, Kinds);
 
-TYPED_TEST(RunningInstances, EndAsEventsOfTheRunLoopAndOnlyThoseAsked) {
+TYPED_TEST(RunningInstances, EndAsEventsOfTheRunLoopAndOnlyThoseAskedThen) {
     const std::string path = this->application();
     this->startInstance(path);
     this->startInstance(path);
     const auto all = this->list(path);
     ASSERT_EQ(all.size(), 2u);
     EXPECT_FALSE(all[0]->isTerminated());
+    this->startInstance(path);
     all[0]->terminate();
     while (!all[0]->isTerminated())
         this->serve();
     EXPECT_FALSE(all[1]->isTerminated());
-    EXPECT_EQ(this->list(path).size(), 1u);
+    EXPECT_EQ(this->list(path).size(), 2u);
 }
 
 TYPED_TEST(RunningInstances, AreNoneOfAnApplicationThatIsNotThere) {

@@ -34,8 +34,9 @@ TEST_F(Resolved, FromTheWaysScriptsFindTheirProgram) {
              "if [ -n \"$DEBUG\" ]; then exec gdb --args nothing; else exec env A=1 " + real + "; fi",
              "[ -x /nowhere ] && exec /nowhere \"$@\"\n" + real + " >/dev/null 2>&1 &",
              "cat <<EOF >/dev/null\nexec /bin/ls \"$@\"\nEOF\nexec " + real + " # exec /bin/ls",
-             "nohup setsid " + real + " &> /dev/null &", "/bin/ls &\n" + real + " & wait",
-             "xterm -e \"" + real + " --folder=in; true\" &"})
+             "exec nice -n 1 " + real, "exec sh -c \"cd / && " + real + "\"", "exec /bin/sh -c '" + real + "; true'",
+             "exec env -u LANG -- nohup \"" + real + "\"", "nohup setsid " + real + " &> /dev/null &",
+             "/bin/ls &\n" + real + " & wait", "xterm -e \"" + real + " --folder=in; true\" &"})
         EXPECT_EQ(of("#!/bin/sh\n" + line + "\n"), Names{"lib/real"}) << line;
 }
 

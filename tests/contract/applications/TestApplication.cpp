@@ -24,16 +24,13 @@ void startSelf(const char* file, const char* option) {
     }
 }
 
-[[noreturn]] void waitFor(int signal) {
+void waitFor(int signal) {
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, signal);
     int got = 0;
     sigwait(&set, &got);
-    std::exit(0);
 }
-
-void heirComes(int) {}
 
 /// Returns in the process left behind, once the first one has ended.
 void goOnAsAnOrphan() {
@@ -59,8 +56,6 @@ int main(int count, char** arguments) {
         if (std::strcmp(arguments[i], "heir") == 0) leavesHeir = true;
         if (std::strcmp(arguments[i], "refork") == 0) goOnAsAnOrphan();
     }
-    // Caught, so that it counts as handled, and blocked until it is waited for.
-    std::signal(SIGTERM, heirComes);
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGTERM);
@@ -70,13 +65,7 @@ int main(int count, char** arguments) {
         startSelf(arguments[0], "child");
     std::printf("ready %d\n", static_cast<int>(getpid()));
     std::fflush(stdout);
-    if (isHeir) waitFor(SIGUSR1);
-    if (!leavesHeir) waitFor(SIGTERM);
-    int got = 0;
-    sigset_t term;
-    sigemptyset(&term);
-    sigaddset(&term, SIGTERM);
-    sigwait(&term, &got);
-    startSelf(arguments[0], "is-heir");
+    waitFor(isHeir ? SIGUSR1 : SIGTERM);
+    if (leavesHeir) startSelf(arguments[0], "is-heir");
     return 0;
 }
