@@ -1,16 +1,11 @@
 #!/bin/sh
-# Plants one forbidden include after another in an otherwise clean tree: each has to be found.
+# Plants one forbidden include after another in an otherwise empty tree: each has to be found.
 set -eu
 check=$(cd "$(dirname "$0")" && pwd)/../../script/check-includes
 tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT
 cd "$tree"
 mkdir -p app menu manager storage platform/qt platform/linux
-
-echo '#include <QApplication>' >app/main.cpp
-echo '#include <QMenu>' >platform/qt/QtMenu.cpp
-echo '#include "storage/Text.h"' >platform/linux/PosixFileManager.cpp
-"$check" "$tree" || { echo "a clean tree was refused"; exit 1; }
 
 while read -r file include; do
     echo "#include $include" >"$file"
