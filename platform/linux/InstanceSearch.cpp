@@ -9,6 +9,14 @@
 
 namespace letterloft {
 
+namespace {
+
+bool isNamed(const XWindows::Window& window, const std::string& name) {
+    return window.className == name || window.instanceName == name;
+}
+
+} // namespace
+
 InstanceSearch::InstanceSearch(const ApplicationMatcher& matcher, const ProcessTable& table, SessionBus& bus,
                                XWindows& windows)
     : matcher_{matcher}, table_{table} {
@@ -26,7 +34,7 @@ std::vector<InstanceSearch::Found> InstanceSearch::instances() {
     for (const pid_t pid : programs_) {
         Found found;
         found.program = table_.find(pid);
-        found.proxies = proxiesOf(*found.program);
+        found.proxies = inSandboxOf(*found.program, SandboxSide::proxies);
         collectOthers(*found.program, *found.program, taken, found);
         all.push_back(std::move(found));
     }
@@ -58,10 +66,9 @@ void InstanceSearch::collectNamed(SessionBus& bus) {
         // Only a name with a dot can be one of the bus (D-Bus Specification, "Bus names").
         if (entry.identifier.find('.') != std::string::npos)
             if (const Process* owner = table_.find(bus.ownerPid(entry.identifier).value_or(0))) {
-                if (isSandboxer(*owner))
-                    takeSandboxOf(*owner);
-                else
-                    named_.insert(owner->identity.pid);
+                const std::vector<pid_t> meant = isSandboxer(*owner) ? inSandboxOf(*owner, SandboxSide::programs)
+                                                                     : std::vector<pid_t>{owner->identity.pid};
+                named_.insert(meant.begin(), meant.end());
             }
         for (const auto& [pid, window] : windows_)
             if (window.applicationId == entry.identifier) named_.insert(pid);
@@ -71,19 +78,14 @@ void InstanceSearch::collectNamed(SessionBus& bus) {
     std::erase_if(named_, [&](pid_t pid) { return !table_.find(pid); });
 }
 
-void InstanceSearch::takeSandboxOf(const Process& proxy) {
-    const std::string sandbox = table_.flatpakInstance(proxy);
+std::vector<pid_t> InstanceSearch::inSandboxOf(const Process& member, SandboxSide side) const {
+    const std::string sandbox = table_.flatpakInstance(member);
+    std::vector<pid_t> found;
+    if (sandbox.empty()) return found;
     for (const auto& [pid, process] : table_.processes())
-        if (!sandbox.empty() && !isSandboxer(process) && table_.flatpakInstance(process) == sandbox) named_.insert(pid);
-}
-
-std::vector<pid_t> InstanceSearch::proxiesOf(const Process& program) const {
-    const std::string sandbox = table_.flatpakInstance(program);
-    std::vector<pid_t> proxies;
-    for (const auto& [pid, process] : table_.processes())
-        if (!sandbox.empty() && isSandboxer(process) && table_.flatpakInstance(process) == sandbox)
-            proxies.push_back(pid);
-    return proxies;
+        if (isSandboxer(process) == (side == SandboxSide::proxies) && table_.flatpakInstance(process) == sandbox)
+            found.push_back(pid);
+    return found;
 }
 
 void InstanceSearch::collectPrograms() {
@@ -229,18 +231,14 @@ bool InstanceSearch::showsWindowOfAnotherEntry(const Process& process) const {
 
 // A browser that shows a guest beside windows of its own is not the guest's to end.
 bool InstanceSearch::showsItself(const Process& process, const std::string& name) const {
+    if (!matcher_.isGuest()) return hasWindowNamed(process, name);
     const auto [first, last] = windows_.equal_range(process.identity.pid);
-    const auto isNamed = [&](const auto& window) {
-        return window.second.className == name || window.second.instanceName == name;
-    };
-    return matcher_.isGuest() ? first != last && std::all_of(first, last, isNamed) : std::any_of(first, last, isNamed);
+    return first != last && std::all_of(first, last, [&](const auto& window) { return isNamed(window.second, name); });
 }
 
 bool InstanceSearch::hasWindowNamed(const Process& process, const std::string& name) const {
     const auto [first, last] = windows_.equal_range(process.identity.pid);
-    return std::any_of(first, last, [&](const auto& window) {
-        return window.second.className == name || window.second.instanceName == name;
-    });
+    return std::any_of(first, last, [&](const auto& window) { return isNamed(window.second, name); });
 }
 
 bool InstanceSearch::ownsWindow(const Process& process) const {

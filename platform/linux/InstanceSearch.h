@@ -29,6 +29,8 @@ public:
     std::vector<Found> instances();
 
 private:
+    enum class SandboxSide { programs, proxies };
+
     void collectWindows(XWindows& windows);
     void collectNamed(SessionBus& bus);
     void collectPrograms();
@@ -45,8 +47,7 @@ private:
     bool showsItself(const Process& process, const std::string& name) const;
     bool hasWindowNamed(const Process& process, const std::string& name) const;
     bool ownsWindow(const Process& process) const;
-    void takeSandboxOf(const Process& proxy);
-    std::vector<pid_t> proxiesOf(const Process& program) const;
+    std::vector<pid_t> inSandboxOf(const Process& member, SandboxSide side) const;
     void collectOthers(const Process& program, const Process& parent, std::set<pid_t>& taken, Found& found) const;
 
     const ApplicationMatcher& matcher_;
