@@ -6,7 +6,8 @@ import unittest
 
 from desktop import FIXED_TITLES, DesktopTest, Program, wait_for
 
-NAMES = ["R&D", "<b>x</b>", "a_b", "_&x", "A & B & C", "%@ %1 %s%n", "/etc", "a/b", "..", "x" * 255, "Zoë 日本 🦉"]
+NAMES = ["R&D", "<b>x</b>", "a_b", "_&x", "A & B & C", "x&", "&&", "__", "_", "&_", "a__b&&c", "&x&", "100%_&_",
+         "%@ %1 %s%n", "/etc", "a/b", "..", "x" * 255, "Zoë 日本 🦉"]
 
 
 class StatusBar(DesktopTest):

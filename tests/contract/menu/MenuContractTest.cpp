@@ -4,36 +4,32 @@
 
 #include <QCoreApplication>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
+#include <gmock/gmock.h>
 
 namespace letterloft {
 namespace {
 
+using testing::ElementsAre;
+
 // A menu together with the hand that chooses from it.
 struct FakeUnderTest {
-    Menu& menu() { return fake; }
-    void choose(const std::string& title) { fake.choose(title); }
+    void choose(const std::string& title) { menu.choose(title); }
 
-    FakeMenu fake;
+    FakeMenu menu;
 };
 
 struct QtUnderTest {
     QtUnderTest() { view.follow(); }
 
-    Menu& menu() { return real; }
-
     void choose(const std::string& title) {
         QCoreApplication::processEvents(); // the view follows
-        const auto rows = view.widget().actions();
-        const auto hasTitle = [&](QAction* row) { return row->text() == QString::fromStdString(title); };
-        (*std::find_if(rows.begin(), rows.end(), hasTitle))->trigger();
+        for (QAction* const row : view.widget().actions())
+            if (row->text() == QString::fromStdString(title)) row->trigger();
         QCoreApplication::processEvents();
     }
 
-    QtMenu real;
-    QtMenuView view{real};
+    QtMenu menu;
+    QtMenuView view{menu};
 };
 
 template <typename UnderTest>
@@ -46,37 +42,31 @@ protected:
         return found;
     }
 
-    std::shared_ptr<MenuItem> insert(const std::string& title, Action action = {}) {
+    std::shared_ptr<MenuItem> insert(const std::string& title, Action action = {}, std::size_t index = 0) {
         const auto item = menu.makeItem(title);
         item->setAction(std::move(action));
-        menu.insertItem(item, 0);
+        menu.insertItem(item, index);
         return item;
     }
 
     UnderTest test;
-    Menu& menu = test.menu();
+    Menu& menu = test.menu;
 };
 
 using Menus = testing::Types<FakeUnderTest, QtUnderTest>;
 TYPED_TEST_SUITE(MenuContract, Menus);
 
-using Titles = std::vector<std::string>;
-
-TYPED_TEST(MenuContract, InsertsMovingTheItemsBelowDown) {
-    this->insert("a");
+TYPED_TEST(MenuContract, InsertsMovingTheItemsBelowDownAndRemovesTheItemItself_OfTwoWithOneTitle) {
+    std::string chosen;
+    this->insert("twin", [&](Sender*) { chosen = "the first"; });
     this->menu.insertItem(this->menu.makeSeparatorItem(), 1);
-    this->insert("b");
-    this->menu.insertItem(this->menu.makeItem("c"), 2);
-    EXPECT_EQ(this->titles(), (Titles{"b", "a", "c", "-"}));
-}
-
-TYPED_TEST(MenuContract, RemovesTheItemItself_OfTwoWithOneTitle) {
-    bool isChosen = false;
-    this->insert("twin", [&](Sender*) { isChosen = true; });
-    this->menu.removeItem(this->insert("twin"));
-    EXPECT_EQ(this->titles(), (Titles{"twin"}));
+    const auto twin = this->insert("twin", [&](Sender*) { chosen = "the second"; });
+    this->insert("a", {}, 2);
+    EXPECT_THAT(this->titles(), ElementsAre("twin", "twin", "a", "-"));
+    this->menu.removeItem(twin);
+    EXPECT_THAT(this->titles(), ElementsAre("twin", "a", "-"));
     this->test.choose("twin");
-    EXPECT_TRUE(isChosen);
+    EXPECT_EQ(chosen, "the first");
 }
 
 TYPED_TEST(MenuContract, SendsTheItemWithItsActionOnly) {
