@@ -3,6 +3,7 @@
 #include "platform/linux/FileSystemCalls.h"
 
 #include <cerrno>
+#include <functional>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -25,10 +26,14 @@ public:
         fault_ = fault;
         at_ = at;
         count = 0;
+        cuttable.clear();
     }
 
     int count = 0;
     bool syncs = false;
+    std::vector<int> cuttable;       // which calls may do a part of what they are asked for
+    std::function<void()> meanwhile; // comes right before the Nth call
+    std::function<void(int folder, const char* to)> beforeRename;
     std::vector<std::string> order; // of the calls that change something or make it durable
 
     int openat(int folder, const char* path, int flags, mode_t mode) override {
@@ -86,7 +91,9 @@ public:
         return strikes("make") ? -1 : FileSystemCalls::linkat(fromFolder, from, toFolder, to);
     }
     int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
-        return strikes("rename") ? -1 : FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
+        if (strikes("rename")) return -1;
+        if (beforeRename) beforeRename(toFolder, to);
+        return FileSystemCalls::renameat2(fromFolder, from, toFolder, to, flags);
     }
     int unlinkat(int folder, const char* name, int flags) override {
         return strikes("unlink") ? -1 : FileSystemCalls::unlinkat(folder, name, flags);
@@ -119,13 +126,15 @@ private:
     bool strikes(const char* name) {
         ++count;
         if (*name != 0) order.emplace_back(name);
+        if (meanwhile && count == at_) meanwhile();
         if (fault_ == Fault::ends && count == at_) _exit(endedHere);
         const bool struck = fault_ == Fault::fails ? count == at_ : fault_ == Fault::failsFromThenOn && count >= at_;
         if (struck) errno = EIO;
         return struck;
     }
 
-    std::size_t cut(std::size_t size) const {
+    std::size_t cut(std::size_t size) {
+        if (size > 1) cuttable.push_back(count);
         return fault_ == Fault::isCutShort && count == at_ && size > 1 ? size / 2 : size;
     }
 

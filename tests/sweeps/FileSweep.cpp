@@ -7,10 +7,13 @@
 #include "tests/sweeps/FaultyCalls.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ostream>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace letterloft {
 
@@ -47,6 +50,15 @@ public:
     bool sourceIsGone() const { return described(source()).empty(); }
     bool targetIsGone() const { return described(target()).empty(); }
     bool sentinelStands() const { return described(sentinel_) == sentinelBefore_; }
+
+    // How many files end in that.
+    long countOf(const std::string& text) const {
+        long count = 0;
+        for (const std::string& folder : {from_, to_})
+            for (const auto& entry : described(folder))
+                count += entry.second.ends_with(text);
+        return count;
+    }
 
     // What is there beside the item, the sentinel aside.
     std::vector<std::string> marks() const {
@@ -167,6 +179,57 @@ TEST_P(MoveSweep, MeetsAnErrorAtEveryCall) {
             EXPECT_THAT(scene.marks(), testing::IsEmpty());
             EXPECT_TRUE(scene.sourceIsWhole() || scene.targetIsWhole() || !disk.log.lines.empty());
         }
+    }
+}
+
+TEST_P(MoveSweep, ReplacesNothingThatComesRightBeforeARename) {
+    for (int at = 1; !HasFailure(); ++at) {
+        SCOPED_TRACE(at);
+        const Scene scene = fresh();
+        FaultyCalls calls;
+        Disk disk{calls};
+        int renames = 0;
+        struct stat rival {};
+        int open = -1; // what is replaced has no name any more
+        calls.beforeRename = [&](int folder, const char* to) {
+            if (++renames != at) return;
+            EXPECT_EQ(GetParam().folder ? mkdirat(folder, to, 0700) : mknodat(folder, to, S_IFREG, 0), 0);
+            open = openat(folder, to, O_PATH | O_CLOEXEC);
+        };
+        const Status moved = moving(scene)(disk.files);
+        EXPECT_TRUE(moved ? scene.targetIsWhole() && scene.sourceIsGone() : scene.sourceIsWhole());
+        if (renames < at) return RecordProperty("points", at - 1);
+        EXPECT_EQ(fstat(open, &rival), 0);
+        EXPECT_GT(rival.st_nlink, 0U);
+        close(open);
+    }
+}
+
+// One writer has a file open all the time; the other opens a file, and makes one, in a folder that it has open.
+TEST_P(MoveSweep, LosesNothingThatIsWrittenMeanwhile) {
+    const int last = points();
+    for (int at = 1; at <= last && !HasFailure(); ++at) {
+        SCOPED_TRACE(at);
+        const Scene scene = fresh();
+        FaultyCalls calls{Fault::none, at};
+        Disk disk{calls};
+        const bool folder = GetParam().folder;
+        const int place = open(scene.source().c_str(), folder ? O_PATH | O_CLOEXEC : O_WRONLY | O_APPEND | O_CLOEXEC);
+        long texts = 0;
+        calls.meanwhile = [&] {
+            if (!folder) return void(texts = write(place, "late", 4) == 4);
+            for (const char* name : {"program", "new"}) {
+                // A file that is about to be removed can't be opened, or waits until then.
+                const int file = openat(place, name, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0600);
+                texts += write(file, "late", 4) == 4;
+                close(file);
+            }
+        };
+        const Status moved = moving(scene)(disk.files);
+        close(place);
+        EXPECT_GE(scene.countOf("late"), texts) << "lost";
+        EXPECT_TRUE(moved ? (scene.sourceIsGone() && scene.marks().empty()) || !disk.log.lines.empty()
+                          : scene.targetIsGone());
     }
 }
 
