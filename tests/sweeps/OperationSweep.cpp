@@ -5,6 +5,7 @@
 #include "tests/sweeps/WholeOperations.h"
 
 #include <cstdlib>
+#include <numeric>
 #include <vector>
 
 namespace letterloft {
@@ -16,31 +17,39 @@ class OperationSweep : public testing::TestWithParam<Operation> {
 protected:
     // All calls, or some that lie evenly, the first of which differs from operation to operation and from fault to
     // fault.
-    std::vector<int> calls(int evenly, int fault) const {
-        const int step = isFull_ ? 1 : trial_.points() / evenly + 1;
+    std::vector<int> calls(std::size_t evenly, Fault fault) const {
+        std::vector<int> all(static_cast<std::size_t>(trial_.points()));
+        std::iota(all.begin(), all.end(), 1);
+        if (fault == Fault::isCutShort) all = trial_.cuttable();
+        const std::size_t step = isFull_ ? 1 : all.size() / evenly + 1;
         std::vector<int> calls;
-        for (int at = 1 + (trial_.points() + fault) % step; at <= trial_.points(); at += step)
-            calls.push_back(at);
+        for (std::size_t at = (all.size() + static_cast<std::size_t>(fault)) % step; at < all.size(); at += step)
+            calls.push_back(all[at]);
         return calls;
     }
 
-    // Two of the next switches after every stop, or one after some of them.
-    int nextSwitches() { return isFull_ ? 2 : ++stops_ % 8 == 0; }
+    // Two of the next switches at every point, or one at some of them.
+    int nextSwitches() {
+        ++points_;
+        return isFull_ ? 2 : points_ % 8 == 0;
+    }
 
-    int stops_ = 0;
+    void TearDown() override { RecordProperty("points", points_); }
+
+    int points_ = 0;
     const bool isFull_ = std::getenv("LETTERLOFT_FULL_SWEEP") != nullptr;
     ScratchFolders scratch_;
     OperationTrial trial_{GetParam(), scratch_.onMemory(), scratch_.onDisk()};
 };
 
 TEST_P(OperationSweep, StopsOrMeetsAnErrorAtAnyCall) {
-    RecordProperty("points", trial_.points());
-    for (const Fault fault : {Fault::failsFromThenOn, Fault::fails}) {
-        for (const int at : calls(200, static_cast<int>(fault))) {
+    for (const Fault fault : {Fault::failsFromThenOn, Fault::fails, Fault::isCutShort}) {
+        for (const int at : calls(180, fault)) {
             SCOPED_TRACE(testing::Message() << "fault " << static_cast<int>(fault) << " at " << at);
             trial_.home().make();
             const auto outcome = trial_.failsAt(fault, at);
             trial_.expectNothingLost(outcome);
+            if (fault == Fault::isCutShort) trial_.expectDone();
             trial_.expectRecovery(nextSwitches(), outcome);
             if (HasFailure()) return;
         }
@@ -48,9 +57,10 @@ TEST_P(OperationSweep, StopsOrMeetsAnErrorAtAnyCall) {
 }
 
 TEST_P(OperationSweep, DiesAndDiesAgainWhenItStarts) {
-    for (const int at : calls(6, static_cast<int>(Fault::ends))) {
+    const int step = isFull_ ? 97 : 29; // from everywhere, so that all calls of a start have their turn
+    for (const int at : calls(6, Fault::ends)) {
         bool died = true;
-        for (int again = 1; died && !HasFailure(); again += isFull_ ? 11 : 29) {
+        for (int again = 1 + at % step; died && !HasFailure(); again += step) {
             SCOPED_TRACE(testing::Message() << at << ", then " << again);
             trial_.home().make();
             EXPECT_TRUE(trial_.diesAt(at));

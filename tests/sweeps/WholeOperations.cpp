@@ -177,6 +177,7 @@ OperationTrial::OperationTrial(const Operation& operation, const std::string& ne
     calls.strikeAt(FaultyCalls::Fault::none, 0);
     operation_.run(program);
     points_ = calls.count;
+    cuttable_ = calls.cuttable;
     settingsAfter_ = home_.settings();
     placesAfter_ = home_.places();
     EXPECT_THAT(program.diskLog.lines, IsEmpty());

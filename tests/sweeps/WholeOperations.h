@@ -77,6 +77,7 @@ public:
     OperationTrial(const Operation& operation, const std::string& near, const std::string& far);
 
     int points() const { return points_; } // its system calls
+    const std::vector<int>& cuttable() const { return cuttable_; }
     const ManagedHome& home() const { return home_; }
 
     // Runs it from the beginning in a process of its own that dies before that call; false if it came to its end.
@@ -113,6 +114,7 @@ private:
     Operation operation_;
     ManagedHome home_;
     int points_ = 0;
+    std::vector<int> cuttable_;
     ManagedHome::Files required_;
     ManagedHome::Files allowed_;
     std::string settingsBefore_;

@@ -10,8 +10,8 @@ letterloft_test(operation_sweep
     SOURCES ${PROJECT_SOURCE_DIR}/tests/sweeps/OperationSweep.cpp
     LIBRARIES letterloft_operations
     LABELS sweep)
-add_test(NAME OperationSweep.InFull COMMAND operation_sweep)
-set_tests_properties(OperationSweep.InFull PROPERTIES TIMEOUT 3600 LABELS long ENVIRONMENT LETTERLOFT_FULL_SWEEP=1)
+gtest_discover_tests(operation_sweep TEST_PREFIX InFull. DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 1800 LABELS long ENVIRONMENT LETTERLOFT_FULL_SWEEP=1)
 letterloft_test(power_cut_test
     SOURCES ${PROJECT_SOURCE_DIR}/tests/sweeps/PowerCutTest.cpp
     LIBRARIES letterloft_operations
