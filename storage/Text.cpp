@@ -1,5 +1,6 @@
 #include "storage/Text.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -93,13 +94,16 @@ std::string escaped(std::string_view value) {
 }
 
 bool isUtf8(std::string_view bytes) {
-    while (!bytes.empty()) {
+    const auto isAscii = [](unsigned char c) { return c < 0x80; };
+    while (true) {
+        const auto other = std::find_if_not(bytes.begin(), bytes.end(), isAscii);
+        bytes.remove_prefix(static_cast<std::size_t>(other - bytes.begin()));
+        if (bytes.empty()) return true;
         std::uint32_t codePoint = 0;
         const std::size_t length = sequenceLength(bytes, codePoint);
         if (length == 0) return false;
         bytes.remove_prefix(length);
     }
-    return true;
 }
 
 std::u16string utf16(std::string_view value) {

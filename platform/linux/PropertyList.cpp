@@ -93,13 +93,31 @@ std::string binaryOf(const PropertyList& list) {
 }
 
 // Control characters, the carriage return (which readers turn into a line feed), U+FFFE and U+FFFF have no place in
-// XML 1.0, though libplist writes and reads them. Bytes that are no UTF-8 have none either, but a binary list would
-// lose them, and then libplist's own XML is the better of the two.
-bool isProperXml(const std::string& xml) {
-    if (!isUtf8(xml)) return true;
+// XML 1.0, though libplist writes and reads them.
+bool hasXmlCharacters(const std::string& utf8) {
     const bool controls =
-        std::any_of(xml.begin(), xml.end(), [](unsigned char c) { return c < 0x20 && c != '\t' && c != '\n'; });
-    return !controls && xml.find("\xef\xbf\xbe") == std::string::npos && xml.find("\xef\xbf\xbf") == std::string::npos;
+        std::any_of(utf8.begin(), utf8.end(), [](unsigned char c) { return c < 0x20 && c != '\t' && c != '\n'; });
+    return !controls && utf8.find("\xef\xbf\xbe") == std::string::npos &&
+           utf8.find("\xef\xbf\xbf") == std::string::npos;
+}
+
+bool isListOfTexts(plist_t node) {
+    if (!PLIST_IS_ARRAY(node)) return false;
+    PropertyListEntries entries{node};
+    for (auto entry = entries.next(); entry.value; entry = entries.next())
+        if (!PLIST_IS_STRING(entry.value)) return false;
+    return true;
+}
+
+// Whether the XML of a list, its characters being proper, can be nothing but right: texts and lists of texts, which are
+// all that this program puts in, are written in one way only. To read them back takes several times as long as to write
+// them.
+bool isCertain(const PropertyList& list, std::string_view xml) {
+    if (xml.size() > largestPropertyList || !xml.ends_with("</plist>\n")) return false;
+    PropertyListEntries entries{list.get()};
+    for (auto entry = entries.next(); entry.value; entry = entries.next())
+        if (!PLIST_IS_STRING(entry.value) && !isListOfTexts(entry.value)) return false;
+    return true;
 }
 
 bool readsBackAs(const PropertyList& list, std::string_view bytes) {
@@ -155,7 +173,11 @@ Result<PropertyList> parsedPropertyList(std::string_view bytes) {
 Result<std::string> propertyListBytes(const PropertyList& list) {
     const PlainLocale plain;
     std::string bytes = xmlOf(list);
-    if (isProperXml(bytes) && readsBackAs(list, bytes)) return bytes;
+    // Bytes that are no UTF-8 have no place in XML either, but a binary list would lose them.
+    const bool isText = isUtf8(bytes);
+    const bool isProper = isText && hasXmlCharacters(bytes);
+    if (isProper && isCertain(list, bytes)) return bytes;
+    if ((isProper || !isText) && readsBackAs(list, bytes)) return bytes;
     bytes = binaryOf(list);
     if (readsBackAs(list, bytes)) return bytes;
     return Status::failure("the settings hold a value that no property list can hold");

@@ -47,7 +47,8 @@ private:
 Result<PropertyList> parsedPropertyList(std::string_view bytes);
 
 // The bytes to write: XML, or binary where XML cannot hold a value (a control character, a fraction of a second). They
-// have been read back and hold exactly what was given; if they can't, the sentence says so.
+// hold exactly what was given, and where that could be in doubt have been read back; if they can't, the sentence says
+// so.
 Result<std::string> propertyListBytes(const PropertyList& list);
 
 } // namespace letterloft
