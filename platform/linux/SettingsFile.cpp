@@ -125,11 +125,9 @@ Status SettingsFile::replace(const std::string& bytes, Log& log) const {
     return changed.sync();
 }
 
-// Whatever stands at that name is a leftover or was planted: it goes, a link itself and not what it points to.
 Status SettingsFile::writeNew(const std::string& path, const std::string& bytes) const {
-    calls_->unlinkat(AT_FDCWD, path.c_str(), 0);
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    OpenFile file{*calls_, calls_->openat(AT_FDCWD, path.c_str(), flags, 0600)};
+    OpenFile file{*calls_, inFreePlace(path, [&] { return calls_->openat(AT_FDCWD, path.c_str(), flags, 0600); })};
     if (!file) return systemFailure("%@ can't be created", path);
     Status status = writeAll(*calls_, file.get(), bytes);
     if (status && calls_->fchmod(file.get(), 0600) != 0) status = Status::failure(systemReason(errno));
@@ -140,14 +138,23 @@ Status SettingsFile::writeNew(const std::string& path, const std::string& bytes)
     return Status::failure(filled("%@ can't be written: %@", {path, status.sentence()}));
 }
 
+// Whatever stands at the name of a file in the making is a leftover or was planted: it goes, a link itself and not what
+// it points to.
+int SettingsFile::inFreePlace(const std::string& path, const std::function<int()>& make) const {
+    const int made = make();
+    if (made >= 0 || errno != EEXIST) return made;
+    calls_->unlinkat(AT_FDCWD, path.c_str(), 0);
+    return make();
+}
+
 // A second name for the present generation becomes the previous one's: the present one is never without its own.
 Status SettingsFile::keepPrevious(const std::string& target) const {
     struct statx info {};
-    if (calls_->statx(AT_FDCWD, target.c_str(), AT_SYMLINK_NOFOLLOW, &info) != 0 && errno == ENOENT)
-        return Status::ok();
+    const bool isKnown = calls_->statx(AT_FDCWD, target.c_str(), AT_SYMLINK_NOFOLLOW, &info) == 0;
+    if (!isKnown && errno == ENOENT) return Status::ok();
     const std::string made = previousInTheMaking(target);
-    calls_->unlinkat(AT_FDCWD, made.c_str(), 0);
-    if (calls_->linkat(AT_FDCWD, target.c_str(), AT_FDCWD, made.c_str()) != 0) {
+    const auto link = [&] { return calls_->linkat(AT_FDCWD, target.c_str(), AT_FDCWD, made.c_str()); };
+    if (inFreePlace(made, link) != 0) {
         // There are file systems without second names (vfat, many of FUSE's).
         const Result<std::string> bytes = contents(target);
         if (!bytes) return Status::failure(target + " " + bytes.status().sentence());
@@ -155,7 +162,7 @@ Status SettingsFile::keepPrevious(const std::string& target) const {
     }
     Status installed = install(made, previousGeneration(target));
     // rename(2) leaves both names where they are names of one file, as a write that was broken off leaves them.
-    calls_->unlinkat(AT_FDCWD, made.c_str(), 0);
+    if (!isKnown || info.stx_nlink > 1) calls_->unlinkat(AT_FDCWD, made.c_str(), 0);
     return installed;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/linux/FileSystemCalls.h"
 #include "platform/linux/PropertyList.h"
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -34,6 +35,7 @@ private:
     Result<PropertyList> parsed(const std::string& path) const;
     Result<std::string> contents(const std::string& path) const;
     std::string waysOut(const std::string& target) const;
+    int inFreePlace(const std::string& path, const std::function<int()>& make) const;
     Status writeNew(const std::string& path, const std::string& bytes) const;
     Status keepPrevious(const std::string& target) const;
     Status install(const std::string& from, const std::string& to) const;
