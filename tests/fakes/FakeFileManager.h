@@ -1,17 +1,18 @@
 #pragma once
 
 #include "platform/FileManager.h"
-#include "tests/fakes/FakeFileTree.h"
 
+#include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace letterloft {
 
-// A file manager over a tree in memory. Operations are those that return a Status or a Result; they count from 1, and
-// can be told to fail.
-class FakeFileManager final : public FileManager, public FakeFileTree {
+// A file manager over a tree in memory, without links. Operations are those that return a Status or a Result; they
+// count from 1, and can be told to fail.
+class FakeFileManager final : public FileManager {
 public:
     explicit FakeFileManager(std::string home = "/home/user");
 
@@ -23,13 +24,23 @@ public:
     Status moveItem(const std::string& from, const std::string& to) override;
     Status removeItem(const std::string& path) override;
 
-    std::set<std::string> protectedPaths; // neither they nor what holds them is moved
-    std::set<std::string> failingPaths;   // operations on them fail; what can be removed before them is removed
+    // Each of the two makes the missing parents. They are the test's own hand: never counted, never failing.
+    void addFolder(const std::string& path);
+    void addFile(const std::string& path, const std::string& contents);
+    void erase(const std::string& path);
+
+    // A file's contents; none for a folder or nothing.
+    std::optional<std::string> textAt(const std::string& path) const;
+    std::multiset<std::string> allContents() const;
+
+    std::map<std::string, std::optional<std::string>> tree{{"/", {}}}; // a folder has no contents
+    std::set<std::string> protectedPaths;                              // neither they nor what holds them is moved
+    std::set<std::string> failingPaths; // operations on them fail; what can be removed before them is removed
     mutable int operations = 0;
     int failingOperation = 0; // the one operation that fails; 0 for none
 
 private:
-    bool isTroubled(const std::string& path) const;
+    bool fails(const std::string& path) const; // an operation that has begun
 
     std::string home;
 };
