@@ -6,8 +6,6 @@
 #include "tests/fakes/FakeLog.h"
 
 #include <array>
-#include <cstddef>
-#include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
@@ -98,18 +96,23 @@ protected:
     PosixFileManager files{{log, calls, progress}, memory, {memory + "/settings"}};
 };
 
-// Runs it as a user who is not allowed everything; the result is its own.
-bool holdsAsOrdinaryUser(const std::function<bool()>& condition) {
+// What it returns in a process of its own.
+int statusOf(const std::function<int()>& work) {
     const pid_t child = fork();
-    if (child == 0) {
-        constexpr uid_t nobody = 65534;
-        if (geteuid() == 0 && (setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0))
-            _exit(2);
-        _exit(condition() ? 0 : 1);
-    }
+    if (child == 0) _exit(work());
     int status = 0;
     waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// Runs it as a user who is not allowed everything; the result is its own.
+bool holdsAsOrdinaryUser(const std::function<bool()>& condition) {
+    constexpr uid_t nobody = 65534;
+    return statusOf([&] {
+               if (geteuid() == 0 && (setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0))
+                   return 2;
+               return condition() ? 0 : 1;
+           }) == 0;
 }
 
 } // namespace
@@ -146,23 +149,20 @@ TEST_F(PosixFileManagerTest, NamesBothPathsAndTheReasonOfARefusal) {
 
 TEST_F(PosixFileManagerTest, NeverGoesIntoSomethingMounted) {
     // In a mount namespace of its own, which an ordinary user gets only together with a user namespace.
-    const pid_t child = fork();
-    if (child == 0) {
+    const int status = statusOf([&] {
         if (unshare(geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS) != 0 ||
             mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             mount(item.c_str(), (item + "/empty folder").c_str(), nullptr, MS_BIND, nullptr) != 0)
-            _exit(2);
-        const auto names = [](const Status& status) {
-            return !status && status.sentence().find("mount point") != std::string::npos;
+            return 2;
+        const auto names = [](const Status& refusal) {
+            return !refusal && refusal.sentence().find("mount point") != std::string::npos;
         };
         const bool refused = names(files.moveItem(item, disk + "/item")) &&
                              names(files.moveItem(item + "/empty folder", memory + "/x")) &&
                              names(files.removeItem(item + "/empty folder"));
-        _exit(refused && fs::is_empty(disk) ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (WEXITSTATUS(status) == 2) GTEST_SKIP() << "LEFT OUT: this machine lets nobody mount anything";
+        return refused && fs::is_empty(disk) ? 0 : 1;
+    });
+    if (status == 2) GTEST_SKIP() << "LEFT OUT: this machine lets nobody mount anything";
     EXPECT_EQ(status, 0);
     EXPECT_EQ(contentsOf(item + "/read-only/inside"), "inside");
 }
@@ -312,36 +312,16 @@ TEST_F(PosixFileManagerTest, GoesDeeperThanDescriptorsAndPathsReach) {
 }
 
 TEST_F(PosixFileManagerTest, GoesDeepFromACrowdedFolder) {
-    // Tells of more names than are read at once in the first folder; they are gone when their turn comes.
-    class Crowd final : public FileSystemCalls {
-    public:
-        ssize_t getdents64(int folder, void* buffer, std::size_t size) override {
-            const ssize_t real = FileSystemCalls::getdents64(folder, buffer, size);
-            if (first_ < 0) first_ = folder;
-            if (real != 0 || folder != first_ || left_ == 0) return real;
-            --left_;
-            dirent64 name{};
-            name.d_ino = UINT64_MAX; // so that the folder comes first
-            name.d_reclen = offsetof(dirent64, d_name) + 5;
-            name.d_type = DT_REG;
-            std::string names;
-            while (names.size() + name.d_reclen <= size)
-                names.append(reinterpret_cast<const char*>(&name), name.d_reclen);
-            names.copy(static_cast<char*>(buffer), names.size());
-            return static_cast<ssize_t>(names.size());
-        }
-
-    private:
-        int first_ = -1;
-        int left_ = 70;
-    } crowd;
-    const std::string folder = memory + "/crowd";
-    std::string chain = "/a folder whose name is long enough to be kept elsewhere";
-    for (std::size_t depth = 0; depth < 30; ++depth)
+    // With more names than are read at once: the rest are read when this folder is closed for want of descriptors.
+    const std::string crowd = memory + "/crowd/";
+    std::string chain = " folder whose name is long enough to be kept elsewhere";
+    for (int depth = 0; depth < 30; ++depth)
         chain += "/c";
-    fs::create_directories(folder + chain);
-    PosixFileManager manager{{log, crowd, progress}, "/nowhere", {}};
-    const Status removed = manager.removeItem(folder);
+    fs::create_directories(crowd + "first" + chain); // one of the two is among the names read first
+    for (int i = 0; i < 40000; ++i)
+        ::close(::open((crowd + std::to_string(i)).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+    fs::create_directories(crowd + "last" + chain);
+    const Status removed = files.removeItem(crowd);
     EXPECT_TRUE(removed) << removed.sentence();
 }
 
