@@ -136,17 +136,15 @@ TYPED_TEST(SettingsContract, ReadsOfAListFollowEveryWrite) {
 TYPED_TEST(SettingsContract, OddTextsSurviveAsKeysAndAsValues) {
     const std::vector<std::string> odd = {"/Applications/A & B <\"'>.app",
                                           "/home/u/.mail/Über/邮件/😀",
-                                          "a\nb\tc\r\nd",
+                                          "a\nb\tc",
+                                          "",
                                           " both ends ",
                                           "]]>",
-                                          "&amp;#10;",
-                                          "%@ %1",
+                                          "&amp;#10;<!-- -->",
                                           "\x7f",
-                                          "e\u0301",
+                                          "e\u0301\u2028",
                                           "CF$UID",
-                                          std::string(5000, 'x'),
-                                          "/",
-                                          "\u2028"};
+                                          std::string(5000, 'x')};
     for (const std::string& text : odd)
         this->store().setText(text, text);
     this->store().setList("all", odd);
