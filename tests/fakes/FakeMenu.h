@@ -29,7 +29,7 @@ struct FakeMenuItem final : MenuItem {
 };
 
 // A menu without a screen. A test chooses an item as a user does; nothing is ever chosen by itself.
-class FakeMenu final : public Menu {
+class FakeMenu : public Menu {
 public:
     std::shared_ptr<MenuItem> makeItem(const std::string& title) override {
         return std::make_shared<FakeMenuItem>(title);

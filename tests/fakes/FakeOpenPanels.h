@@ -6,7 +6,6 @@
 #include <cassert>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace letterloft {
@@ -24,16 +23,13 @@ public:
     }
 
     void beginSheetModalForWindow(Window& window, std::function<void(int)> handler) override {
-        assert(!wasShown); // shown once
-        wasShown = true;
+        assert(!window_); // shown once
         window_ = dynamic_cast<FakeWindow*>(&window);
         assert(window_ && handler);
-        FakeSheet sheet;
-        sheet.messageText = message;
-        sheet.buttons = {{prompt, okResult}, {"Cancel", cancelResult}};
-        sheet.escapeCode = cancelResult;
-        sheet.completion = [self = shared_from_this(), handler = std::move(handler)](int result) { handler(result); };
-        window_->attach(std::move(sheet));
+        window_->attach({.messageText = message,
+                         .buttons = {{prompt, okResult}, {"Cancel", cancelResult}},
+                         .escapeCode = cancelResult,
+                         .completion = [self = shared_from_this(), handler](int result) { handler(result); }});
     }
 
     std::vector<std::string> urls() const override { return chosen; }
@@ -51,7 +47,6 @@ public:
     bool canChooseDirectories = false;
     std::string directory;
     std::vector<std::string> chosen;
-    bool wasShown = false;
 
 private:
     FakeWindow* window_ = nullptr;

@@ -14,7 +14,7 @@ namespace letterloft {
 
 // An outline without a screen, with the columns "Column 1" and "Column 2". A row is known by its path: the texts from
 // the top down to its own.
-class FakeOutlineView final : public OutlineView {
+class FakeOutlineView : public OutlineView {
 public:
     using Path = std::vector<std::string>;
 
@@ -40,9 +40,8 @@ public:
 
     OutlineItem parentForItem(const OutlineItem& item) const override {
         if (selectedRow() && item == selected_.back()) return parentOf(selected_);
-        for (const Path& row : rows) {
+        for (const Path& row : rows)
             if (item == row.back()) return parentOf(row);
-        }
         return std::nullopt;
     }
 
@@ -54,13 +53,12 @@ public:
     std::vector<TableColumn*> tableColumns() const override { return {&first, &second}; }
 
     TableColumn* tableColumnWithIdentifier(const std::string& identifier) const override {
-        for (TableColumn* column : tableColumns()) {
+        for (TableColumn* column : tableColumns())
             if (column->identifier() == identifier) return column;
-        }
         return nullptr;
     }
 
-    void select(std::optional<std::size_t> row) { selected_ = row ? rows.at(*row) : Path{}; }
+    void select(std::size_t row) { selected_ = rows.at(row); }
 
     // As the user does; false if the row can't be opened or closed, or the delegate refuses.
     bool expand(std::size_t row) {

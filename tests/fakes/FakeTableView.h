@@ -3,6 +3,7 @@
 #include "platform/TableView.h"
 #include "tests/fakes/FakeTableColumn.h"
 
+#include <algorithm>
 #include <cassert>
 #include <optional>
 #include <string>
@@ -11,7 +12,7 @@
 namespace letterloft {
 
 // A table without a screen, with one column.
-class FakeTableView final : public TableView {
+class FakeTableView : public TableView {
 public:
     void setDataSource(TableViewDataSource* source) override {
         dataSource_ = source;
@@ -22,36 +23,31 @@ public:
         assert(dataSource_);
         ++reloads;
         edited_.reset();
-        rowCount = dataSource_->numberOfRowsInTableView(*this);
+        rowCount_ = dataSource_->numberOfRowsInTableView(*this);
         if (selected_) selected_ = rowOf(selectedText_, *selected_);
     }
 
     std::optional<std::size_t> selectedRow() const override { return selected_; }
 
-    void select(std::optional<std::size_t> row) {
-        assert(!row || *row < rowCount);
+    void select(std::size_t row) {
+        selectedText_ = texts().at(row);
         selected_ = row;
-        if (row) selectedText_ = textAt(*row);
     }
 
-    // What the row shows; empty for nothing. Asked of the data source each time.
-    std::string textAt(std::size_t row) {
-        const CellValue value = dataSource_->tableView_objectValueForTableColumn_row(*this, &column, row);
-        const auto* text = std::get_if<std::string>(&value);
-        return text ? *text : std::string{};
-    }
-
+    // What the rows show; empty for nothing. Asked of the data source each time.
     std::vector<std::string> texts() {
         std::vector<std::string> all;
-        for (std::size_t row = 0; row < rowCount; ++row)
-            all.push_back(textAt(row));
+        for (std::size_t row = 0; row < rowCount_; ++row) {
+            const CellValue value = dataSource_->tableView_objectValueForTableColumn_row(*this, &column_, row);
+            const auto* text = std::get_if<std::string>(&value);
+            all.push_back(text ? *text : "");
+        }
         return all;
     }
 
-    // Opens the cell for editing; `commit` hands it over, unless it has been dropped meanwhile, and says whether it
-    // did.
+    // Opens the cell for editing. `commit` hands it over and says so, unless it has been dropped meanwhile.
     void beginEditing(std::size_t row) {
-        assert(row < rowCount);
+        assert(row < rowCount_);
         edited_ = row;
     }
 
@@ -59,26 +55,25 @@ public:
         if (!edited_) return false;
         const std::size_t row = *edited_;
         edited_.reset();
-        dataSource_->tableView_setObjectValue_forTableColumn_row(*this, value, &column, row);
+        dataSource_->tableView_setObjectValue_forTableColumn_row(*this, value, &column_, row);
         return true;
     }
 
     void cancelEditing() { edited_.reset(); }
 
-    FakeTableColumn column{"Accounts", 200};
-    std::size_t rowCount = 0; // as announced by the latest reload
     int reloads = 0;
 
 private:
     // The row with that text: the one at `place` if it still has it, else the first; none if it is gone.
     std::optional<std::size_t> rowOf(const std::string& text, std::size_t place) {
-        if (place < rowCount && textAt(place) == text) return place;
-        for (std::size_t row = 0; row < rowCount; ++row) {
-            if (textAt(row) == text) return row;
-        }
-        return std::nullopt;
+        const std::vector<std::string> all = texts();
+        if (place < all.size() && all[place] == text) return place;
+        const auto found = std::find(all.begin(), all.end(), text);
+        return found == all.end() ? std::nullopt : std::optional{static_cast<std::size_t>(found - all.begin())};
     }
 
+    FakeTableColumn column_{"Accounts", 200};
+    std::size_t rowCount_ = 0; // as announced by the latest reload
     TableViewDataSource* dataSource_ = nullptr;
     std::optional<std::size_t> selected_;
     std::string selectedText_;

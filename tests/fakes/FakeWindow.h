@@ -19,11 +19,11 @@ struct FakeSheet {
         int code;
     };
 
-    std::string messageText;
-    std::string informativeText;
-    std::vector<Button> buttons;
+    std::string messageText = {};
+    std::string informativeText = {};
+    std::vector<Button> buttons = {};
     int escapeCode = 0; // what Escape and the sheet's own close answer
-    std::function<void(int)> completion;
+    std::function<void(int)> completion = {};
 };
 
 // A window without a screen, with at most one sheet.
@@ -44,19 +44,16 @@ public:
 
     void endSheet() override { sheet.reset(); }
 
-    // False, with the sheet dropped, if one is there already.
-    bool attach(FakeSheet newSheet) {
-        if (sheet) return false;
-        sheet = std::make_shared<FakeSheet>(std::move(newSheet));
-        return true;
+    // Dropped, if one is there already.
+    void attach(FakeSheet newSheet) {
+        if (!sheet) sheet = std::make_shared<FakeSheet>(std::move(newSheet));
     }
 
     // Ends the sheet as the user does: by a button's title, or by Escape. The sheet is gone before its completion runs.
     void press(const std::string& title) {
         assert(sheet);
-        for (const FakeSheet::Button& button : sheet->buttons) {
+        for (const FakeSheet::Button& button : sheet->buttons)
             if (button.title == title) return answer(button.code);
-        }
         assert(!"the sheet has no such button");
     }
 
@@ -74,16 +71,16 @@ public:
         answer(sheet->escapeCode);
     }
 
-    void answer(int code) {
-        const std::shared_ptr<FakeSheet> ended = std::exchange(sheet, nullptr);
-        if (ended->completion) ended->completion(code);
-    }
-
     bool isVisible = false;
     int timesOrderedFront = 0;
     std::shared_ptr<FakeSheet> sheet;
 
 private:
+    void answer(int code) {
+        const std::shared_ptr<FakeSheet> ended = std::exchange(sheet, nullptr);
+        if (ended->completion) ended->completion(code);
+    }
+
     NotificationCenter& notifications_;
 };
 

@@ -12,10 +12,8 @@ namespace {
 using testing::ElementsAre;
 
 // A menu together with the hand that chooses from it.
-struct FakeUnderTest {
-    void choose(const std::string& title) { menu.choose(title); }
-
-    FakeMenu menu;
+struct FakeUnderTest : FakeMenu {
+    Menu& menu = *this;
 };
 
 struct QtUnderTest {

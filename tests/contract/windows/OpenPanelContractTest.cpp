@@ -29,48 +29,50 @@ struct Applications final : InstalledApplications {
 };
 
 struct FakeChooser {
-    FakeChooser() { fake.makeKeyAndOrderFront(); }
-    Window& window() { return fake; }
-    bool isShown() { return fake.sheet != nullptr; }
+    FakeChooser() { window.makeKeyAndOrderFront(); }
+    bool isShown() { return window.sheet != nullptr; }
     void choose(const std::string& path) { panels.last.lock()->choose(path); }
-    void cancel() { fake.pressEscape(); }
+    void cancel() { window.pressEscape(); }
 
     FakeNotificationCenter notifications;
-    FakeWindow fake{notifications};
+    FakeWindow window{notifications};
     FakeOpenPanels panels;
 };
 
 struct QtChooser {
     QtChooser() { manager.show(); }
-    Window& window() { return manager.window(); }
     bool isShown() { return manager.sheet() != nullptr; }
-    QPushButton& button(const char* title, QDialog* within = nullptr) {
-        QDialog* const dialog = within ? within : manager.sheet();
-        for (auto* const button : dialog->findChildren<QPushButton*>())
-            if (button->text() == QLatin1String{title} && button->window() == dialog) return *button;
-        throw std::logic_error{"no such button"};
+    template <typename Widget>
+    Widget& child() {
+        return *manager.sheet()->findChild<Widget*>();
     }
-    QPushButton& confirm() { return button("OK"); }
-    // Whether the entry is listed, and then selected.
-    bool select(const std::string& name, QDialog* within = nullptr) {
-        auto& entries = *(within ? within : manager.sheet())->findChild<QTreeView*>();
+    // The one of the window on top, where the sheet has opened another.
+    QPushButton& button(const char* title) {
+        QPushButton* found = nullptr;
+        for (auto* const button : manager.sheet()->findChildren<QPushButton*>())
+            if (button->text() == QLatin1String{title}) found = button;
+        return *found;
+    }
+    bool canConfirm() { return button("OK").isEnabled(); }
+    // Once the entry is listed.
+    void select(const std::string& name) {
+        auto& entries = child<QTreeView>();
         QModelIndexList found;
-        const auto isListed = [&] {
+        ASSERT_TRUE(QTest::qWaitFor([&] {
             found = entries.model()->match(entries.model()->index(0, 0, entries.rootIndex()), Qt::DisplayRole,
                                            QString::fromStdString(name), 1, Qt::MatchExactly | Qt::MatchCaseSensitive);
             return !found.isEmpty();
-        };
-        if (!QTest::qWaitFor(isListed)) return false;
+        }));
         entries.setCurrentIndex(found.first());
-        return true;
     }
     void choose(const std::string& path) {
-        ASSERT_TRUE(select(path.substr(path.rfind('/') + 1)));
-        confirm().click();
+        select(path.substr(path.rfind('/') + 1));
+        button("OK").click();
     }
     void cancel() { QTest::keyClick(manager.sheet(), Qt::Key_Escape); }
 
     QtManagerWindow manager;
+    QtWindow& window = manager.window();
     Applications applications;
     QtOpenPanels panels{applications};
 };
@@ -91,24 +93,22 @@ protected:
         panel->setPrompt("OK");
         panel->setMessage("<b>Select</b> File Or Folder...");
         panel->setCanChooseFiles(true);
-        panel->setCanChooseDirectories(folders);
+        panel->setCanChooseDirectories(true);
         panel->setDirectoryURL(folder.path().toStdString());
         panel->setAllowedFileTypes(types);
-        panel->beginSheetModalForWindow(chooser.window(), [this, weak = std::weak_ptr{panel}](int result) {
+        panel->beginSheetModalForWindow(chooser.window, [this, weak = std::weak_ptr{panel}](int result) {
             EXPECT_FALSE(chooser.isShown());
             results.push_back(result);
-            urls = weak.lock()->urls(); // the panel keeps itself until now
-            chosen.insert(chosen.end(), urls.begin(), urls.end());
+            for (const std::string& url : weak.lock()->urls()) // the panel keeps itself until now
+                chosen.push_back(url);
         });
         EXPECT_EQ(results.size(), before) << "answered inside the call";
     }
 
     QTemporaryDir folder;
     Chooser chooser;
-    bool folders = true;
     std::vector<std::string> types;
     std::vector<int> results;
-    std::vector<std::string> urls;
     std::vector<std::string> chosen; // by all together
 };
 
@@ -118,27 +118,29 @@ TYPED_TEST_SUITE(Choosers, Both);
 TYPED_TEST(Choosers, YieldTheAbsolutePathOfAHiddenFileOrNothing) {
     this->begin();
     this->chooser.cancel();
-    EXPECT_THAT(this->urls, IsEmpty());
+    EXPECT_THAT(this->chosen, IsEmpty());
     this->begin();
     this->chooser.choose(this->path(".hidden"));
-    EXPECT_THAT(this->urls, ElementsAre(this->path(".hidden")));
+    EXPECT_THAT(this->chosen, ElementsAre(this->path(".hidden")));
     this->begin();
-    this->chooser.window().close();
+    this->chooser.window.close();
     EXPECT_FALSE(this->chooser.isShown());
     EXPECT_THAT(this->results, ElementsAre(OpenPanel::cancelResult, OpenPanel::okResult)) << "none for the last one";
 }
 
 class QtChoosers : public Choosers<QtChooser> {
 protected:
-    QtChoosers() { qputenv("HOME", folder.path().toUtf8()); }
+    QtChoosers() {
+        qputenv("HOME", folder.path().toUtf8());
+        EXPECT_TRUE(QDir{folder.path()}.mkdir(QStringLiteral("inside.app")));
+    }
     ~QtChoosers() override { qputenv("HOME", home); }
 
     void link(const char* target, const char* name) { ASSERT_EQ(::symlink(target, path(name).c_str()), 0); }
-    void makeFolder(const char* name) { ASSERT_TRUE(QDir{folder.path()}.mkdir(QLatin1String{name})); }
 
     // In place of what stands in the field.
     QLineEdit& type(const std::string& text) {
-        auto& location = *chooser.manager.sheet()->findChild<QLineEdit*>();
+        auto& location = chooser.child<QLineEdit>();
         location.selectAll();
         QTest::keyClick(&location, Qt::Key_Delete);
         QTest::keyClicks(&location, QString::fromStdString(text));
@@ -148,93 +150,77 @@ protected:
     const QByteArray home = qgetenv("HOME");
 };
 
-TEST_F(QtChoosers, TakeAFolderOnlyWhereOneIsWanted) {
-    makeFolder("inside");
-    begin();
-    EXPECT_FALSE(chooser.confirm().isEnabled()) << "nothing is selected yet";
-    chooser.choose(path("inside"));
-    EXPECT_THAT(urls, ElementsAre(path("inside")));
-    folders = false;
-    begin();
-    ASSERT_TRUE(chooser.select("inside"));
-    EXPECT_FALSE(chooser.confirm().isEnabled());
-}
-
 TEST_F(QtChoosers, TakeWhatWasSaidLast) {
-    makeFolder("inside");
     link(".hidden", "link");
     link("nowhere", "dangling");
-    for (const char* text : {"~/inside", "~/inside/", "inside/../.hidden", "dangling"}) {
+    for (const char* text : {"~/inside.app", "~/inside.app/", "inside.app/../.hidden", "dangling"}) {
         begin();
-        ASSERT_TRUE(chooser.select("link"));
+        EXPECT_FALSE(chooser.canConfirm()) << "nothing is said yet";
+        chooser.select("link");
         type(text);
-        chooser.confirm().click();
+        chooser.button("OK").click();
     }
-    begin();
-    type("~/inside");
-    chooser.choose(path("link"));
-    EXPECT_THAT(chosen, ElementsAre(path("inside"), path("inside"), path(".hidden"), path("dangling"), path("link")));
+    for (const char* name : {"link", "inside.app"}) {
+        begin();
+        type("~/.hidden");
+        chooser.choose(path(name));
+    }
+    EXPECT_THAT(chosen, ElementsAre(path("inside.app"), path("inside.app"), path(".hidden"), path("dangling"),
+                                    path("link"), path("inside.app")));
 }
 
 TEST_F(QtChoosers, TakeNoHomeAndNothingThatIsNotThere) {
     begin();
     for (const char* text : {"/nowhere", "", "/", "~"}) {
-        ASSERT_TRUE(chooser.select(".hidden"));
+        chooser.select(".hidden");
         auto& location = type(text);
-        EXPECT_FALSE(chooser.confirm().isEnabled()) << text;
+        EXPECT_FALSE(chooser.canConfirm()) << text;
         QTest::keyClick(&location, Qt::Key_Return);
-        EXPECT_FALSE(chooser.confirm().isEnabled()) << text;
+        EXPECT_FALSE(chooser.canConfirm()) << text;
         QTest::keyClick(&type("~"), Qt::Key_Return); // where the next one starts
     }
     EXPECT_THAT(results, IsEmpty());
 }
 
 TEST_F(QtChoosers, GoIntoFoldersByReturnAndTakeTheOneGoneInto) {
-    makeFolder("inside");
     begin();
-    ASSERT_TRUE(chooser.select("inside"));
-    auto& entries = *chooser.manager.sheet()->findChild<QTreeView*>();
+    chooser.select("inside.app");
+    auto& entries = chooser.child<QTreeView>();
     entries.setFocus();
-    EXPECT_FALSE(chooser.confirm().isDefault());
+    EXPECT_FALSE(chooser.button("OK").isDefault());
     QTest::keyClick(&entries, Qt::Key_Return);
-    EXPECT_TRUE(chooser.confirm().isEnabled());
+    EXPECT_TRUE(chooser.canConfirm());
     chooser.button("&Up").click();
     EXPECT_FALSE(entries.selectionModel()->selectedRows().isEmpty()) << "where it came from";
-    chooser.confirm().click();
+    chooser.button("OK").click();
     begin();
-    QTest::keyClick(&type("inside"), Qt::Key_Return);
+    QTest::keyClick(&type("inside.app"), Qt::Key_Return);
     ASSERT_TRUE(chooser.isShown());
-    chooser.confirm().click();
+    chooser.button("OK").click();
     begin();
     chooser.button("&Up").click();
-    EXPECT_FALSE(chooser.confirm().isEnabled()) << "home, or what holds it";
+    EXPECT_FALSE(chooser.canConfirm()) << "home, or what holds it";
     QTest::keyClick(&type("~/.hidden"), Qt::Key_Return);
-    EXPECT_THAT(chosen, ElementsAre(path("inside"), path("inside"), path(".hidden")));
+    EXPECT_THAT(chosen, ElementsAre(path("inside.app"), path("inside.app"), path(".hidden")));
 }
 
 TEST_F(QtChoosers, ReturnPressesTheButtonThatHasTheFocus) {
-    const auto cancel = [this] {
+    for (const bool fromAList : {false, true}) {
+        if (fromAList) types = {"app"};
+        begin();
+        fromAList ? chooser.child<QListWidget>().setCurrentRow(0) : chooser.select(".hidden");
         chooser.button("Cancel").setFocus();
         QTest::keyClick(&chooser.button("Cancel"), Qt::Key_Return);
-    };
-    begin();
-    ASSERT_TRUE(chooser.select(".hidden"));
-    cancel();
-    types = {"app"};
-    begin();
-    chooser.manager.sheet()->findChild<QListWidget*>()->setCurrentRow(0);
-    cancel();
+    }
     EXPECT_THAT(results, ElementsAre(OpenPanel::cancelResult, OpenPanel::cancelResult));
 }
 
 TEST_F(QtChoosers, SayThatANameThatIsNoUtf8IsLeftOut) {
-    QFile file{folder.filePath(QStringLiteral("x"))};
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     const std::string latin1 = path("caf\xe9");
-    ASSERT_EQ(::rename(path("x").c_str(), latin1.c_str()), 0);
+    ASSERT_EQ(::rename(path(".hidden").c_str(), latin1.c_str()), 0);
     begin();
-    ASSERT_TRUE(chooser.select(".hidden"));
-    const auto& entries = *chooser.manager.sheet()->findChild<QTreeView*>();
+    chooser.select("inside.app");
+    const auto& entries = chooser.child<QTreeView>();
     EXPECT_EQ(entries.model()->rowCount(entries.rootIndex()), 1);
     bool told = false;
     for (auto* const label : chooser.manager.sheet()->findChildren<QLabel*>()) {
@@ -248,10 +234,9 @@ TEST_F(QtChoosers, SayThatANameThatIsNoUtf8IsLeftOut) {
 TEST_F(QtChoosers, SearchTheInstalledApplications) {
     types = {"app"};
     begin();
-    auto& list = *chooser.manager.sheet()->findChild<QListWidget*>();
-    ASSERT_EQ(list.count(), 2);
-    EXPECT_EQ(list.item(0)->text(), QLatin1String{"<b>alpha</b>"});
-    auto& search = *chooser.manager.sheet()->findChild<QLineEdit*>();
+    auto& list = chooser.child<QListWidget>();
+    EXPECT_EQ(list.item(0)->text(), QLatin1String{"<b>alpha</b>"}) << "by name";
+    auto& search = chooser.child<QLineEdit>();
     chooser.manager.sheet()->activateWindow();
     ASSERT_TRUE(QTest::qWaitFor([&] { return search.hasFocus(); }));
     QTest::keyClick(&search, Qt::Key_Down);
@@ -259,24 +244,17 @@ TEST_F(QtChoosers, SearchTheInstalledApplications) {
     QTest::keyClicks(&search, QStringLiteral("mail"));
     EXPECT_TRUE(list.item(0)->isHidden());
     QTest::keyClick(&search, Qt::Key_Return);
-    EXPECT_THAT(urls, ElementsAre("/apps/zeta.desktop"));
+    EXPECT_THAT(chosen, ElementsAre("/apps/zeta.desktop"));
 }
 
 TEST_F(QtChoosers, BrowseForAnApplicationOfAnotherKind) {
-    makeFolder("Mail.app");
     types = {"app"};
     begin();
-    QDialog* const applications = chooser.manager.sheet();
     chooser.button("&Browse...").click();
-    auto* const browser = applications->findChild<QDialog*>();
-    ASSERT_TRUE(browser);
-    const auto& ok = chooser.button("OK", browser);
-    EXPECT_FALSE(ok.isEnabled());
-    ASSERT_TRUE(chooser.select(".hidden", browser));
-    EXPECT_FALSE(ok.isEnabled()) << "no application";
-    ASSERT_TRUE(chooser.select("Mail.app", browser));
-    chooser.button("OK", browser).click();
-    EXPECT_THAT(urls, ElementsAre(path("Mail.app")));
+    chooser.select(".hidden");
+    EXPECT_FALSE(chooser.canConfirm()) << "no application";
+    chooser.choose(path("inside.app"));
+    EXPECT_THAT(chosen, ElementsAre(path("inside.app")));
     EXPECT_FALSE(chooser.isShown());
 }
 
