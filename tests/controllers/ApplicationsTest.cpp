@@ -70,9 +70,8 @@ TEST(Ticks, AreSavedAtOnceAndUntickedAltogether) {
     opened(world);
     FakeOutlineView& outline = world.outline();
     EXPECT_FALSE(isTicked(world, 0));
-    EXPECT_TRUE(outline.edit(0, outline.second, true));
-    EXPECT_TRUE(outline.edit(1, outline.second, true));
-    EXPECT_TRUE(outline.edit(0, outline.second, true)); // appended without a look
+    for (const std::size_t row : {0u, 1u, 0u}) // appended without a look
+        EXPECT_TRUE(outline.edit(row, outline.second, true));
     EXPECT_THAT(world.settings.list("Autostart Apps"), ElementsAre(mail, draw, mail));
     EXPECT_TRUE(world.isSaved() && isTicked(world, 0));
     const int reloads = outline.reloads;
@@ -86,18 +85,15 @@ TEST(Ticks, AreSavedAtOnceAndUntickedAltogether) {
 
 TEST(ColumnOne, GrowsToTheWidestChildAndGoesBackWhenAllAreClosed) {
     World world{{"A"}};
-    const std::string longest(100, 'x');
-    world.manage("/a", {"/short", longest});
+    world.manage("/a", {"/short", std::string(100, 'x')});
     world.manage("/b", {"/short"});
     world.start().openManager();
     FakeOutlineView& outline = world.outline();
     outline.first.setWidth(60);
     EXPECT_TRUE(outline.expand(1));
     EXPECT_EQ(outline.first.width(), 60);
-    EXPECT_TRUE(outline.expand(0));
+    EXPECT_TRUE(outline.expand(0) && outline.collapse(0));
     EXPECT_EQ(outline.first.width(), 700); // the bare text, without indentation
-    EXPECT_TRUE(outline.collapse(0));
-    EXPECT_EQ(outline.first.width(), 700);
     EXPECT_TRUE(outline.collapse(1));
     EXPECT_EQ(outline.first.width(), 175);
 }
@@ -124,44 +120,33 @@ TEST(InsertApp, AddsAnApplicationWithoutItems) {
 }
 
 TEST(InsertFile, AddsToTheSelectedApplicationOrToTheOwnerOfTheSelectedItem) {
-    for (const std::size_t row : {0u, 2u}) {
-        World world{{"A"}};
-        opened(world).outline().expand(0);
-        world.outline().select(row);
-        FakeOpenPanel& panel = panelOf(world, "insertFile:");
-        EXPECT_EQ(panel.prompt + "|" + panel.message + "|" + panel.directory, "OK|Select File Or Folder...|" + home);
-        EXPECT_TRUE(panel.canChooseFiles && panel.canChooseDirectories && panel.allowedFileTypes.empty());
-        panel.choose("/new");
-        EXPECT_THAT(world.settings.list(mail), ElementsAre(mailFolder, home + "/.mailrc", "/new"));
-        EXPECT_THAT(world.outline().rows, testing::Contains(Texts{mail, "/new"}));
-        EXPECT_TRUE(world.isSaved());
-        EXPECT_EQ(world.files.operations, 0);
-    }
-}
-
-TEST(InsertFile, NeedsASelectionAndNoListOfItems) {
     World world{{"A"}};
-    world.settings.setList("Apps", {"/bare"});
+    world.settings.setList("Apps", {"/bare"}); // without a list of items
     world.start().openManager().press("insertFile:");
     EXPECT_EQ(world.window().question(), "Nothing selected!|You must select an app to add a file or folder to...|OK");
     world.window().press("OK");
     world.outline().select(0);
-    panelOf(world, "insertFile:").choose("/new");
-    EXPECT_THAT(world.settings.list("/bare"), ElementsAre("/new"));
+    FakeOpenPanel& panel = panelOf(world, "insertFile:");
+    EXPECT_EQ(panel.prompt + "|" + panel.message + "|" + panel.directory, "OK|Select File Or Folder...|" + home);
+    EXPECT_TRUE(panel.canChooseFiles && panel.canChooseDirectories && panel.allowedFileTypes.empty());
+    panel.choose("/new");
+    world.outline().expand(0);
+    world.outline().select(1);
+    panelOf(world, "insertFile:").choose("/newer");
+    EXPECT_THAT(world.settings.list("/bare"), ElementsAre("/new", "/newer"));
+    EXPECT_THAT(world.outline().rows, ElementsAre(Texts{"/bare"}, Texts{"/bare", "/new"}, Texts{"/bare", "/newer"}));
+    EXPECT_TRUE(world.isSaved());
 }
 
-TEST(Adding, CancelledOrWithItsWindowClosedWritesNothing) {
+TEST(Adding, CancelledWritesNothing) {
+    World world{{"A"}};
+    opened(world).outline().select(0);
+    const auto before = world.settings.values;
     for (const char* operation : {"insertApp:", "insertFile:"}) {
-        for (const bool closes : {false, true}) {
-            World world{{"A"}};
-            opened(world).outline().select(0);
-            panelOf(world, operation).chosen = {"/new"};
-            const auto before = world.settings.values;
-            closes ? world.window().close() : world.window().pressEscape();
-            EXPECT_EQ(world.settings.values, before);
-            EXPECT_TRUE(world.panels.last.expired());
-            EXPECT_EQ(world.settings.synchronizations, 0);
-        }
+        panelOf(world, operation).chosen = {"/new"};
+        world.window().pressEscape();
+        EXPECT_EQ(world.settings.values, before);
+        EXPECT_TRUE(world.panels.last.expired());
     }
 }
 
@@ -237,20 +222,14 @@ TEST(RemovingAnApplication, BacksUpEveryOtherAccountWithAStampForEachItem) {
     world.settings.setList("Autostart Apps", {mail, draw, mail});
     world.calendar.secondsPerLook = 7;
     withParkedCopies(world);
-    const int tableReloads = world.table().reloads;
     askToRemove(world, 0).window().press("OK");
-    EXPECT_THAT(world.settings.list("Apps"), ElementsAre(draw));
-    EXPECT_FALSE(world.settings.hasValue(mail));
     EXPECT_THAT(world.settings.list("Autostart Apps"), ElementsAre(draw));
     EXPECT_EQ(world.textAt(backupOf("B", "3") + "/Mail"), "B's mail");
     EXPECT_EQ(world.textAt(backupOf("C", "10") + "/Mail"), "C's mail");
     EXPECT_EQ(world.textAt(backupOf("C", "17") + "/.mailrc"), "C's settings");
-    EXPECT_EQ(world.textAt(mailFolder), "A's mail");
     EXPECT_EQ(world.textAt(support + "/A/Mail"), "strange, but A's own affair");
-    EXPECT_TRUE(world.isSaved());
-    EXPECT_EQ(world.table().reloads, tableReloads);
     EXPECT_THAT(world.outline().rows, ElementsAre(Texts{draw}));
-    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_TRUE(world.isSaved() && world.log.lines.empty());
 }
 
 TEST(RemovingAnApplication, WritesNoAutostartListItDoesNotStandIn) {
@@ -260,21 +239,18 @@ TEST(RemovingAnApplication, WritesNoAutostartListItDoesNotStandIn) {
 }
 
 TEST(Removing, StopsAtTheFirstFailureWithoutSavingOrReloading) {
-    struct Case {
-        int operation; // counted from the answer
-        const char* line;
-    };
+    const char* const lines[] = {"There was an error creating a folder for backup: Can't make",
+                                 "There was an error moving files/folders for backup: Can't move"};
     for (const std::size_t row : {0u, 1u}) {
-        for (const Case& c : {Case{3, "There was an error creating a folder for backup: Can't make"},
-                              Case{4, "There was an error moving files/folders for backup: Can't move"}}) {
+        for (const int failing : {3, 4}) { // counted from the answer
             World world{{"A", "B", "C"}};
             withParkedCopies(world).outline().expand(0);
             const auto contents = world.files.allContents();
             askToRemove(world, row);
-            world.files.failingOperation = world.files.operations + c.operation;
+            world.files.failingOperation = world.files.operations + failing;
             const int reloads = world.outline().reloads + world.table().reloads;
             world.window().press("OK");
-            EXPECT_THAT(world.log.lines, ElementsAre(StartsWith(c.line)));
+            EXPECT_THAT(world.log.lines, ElementsAre(StartsWith(lines[failing - 3])));
             EXPECT_EQ(world.textAt(backupOf("B", "3") + "/Mail"), "B's mail");
             EXPECT_EQ(world.textAt(support + "/C/Mail"), "C's mail");
             EXPECT_EQ(world.files.allContents(), contents);

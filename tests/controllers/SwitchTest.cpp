@@ -53,19 +53,6 @@ TEST(Switch, RefusesASenderThatIsNoMenuItem) {
     EXPECT_EQ(world.currentUser(), "A");
 }
 
-TEST(Quitting, AwaitsEachInstanceBeforeTheNextIsAsked) {
-    World world{{"A", "B"}};
-    withMail(world);
-    world.manage(draw, {});
-    world.running.start(mail, "m1");
-    world.running.start(mail, "m2");
-    world.running.start(draw, "d");
-    world.running.start("/unmanaged", "u");
-    world.menu.choose("B");
-    EXPECT_THAT(world.running.history, ElementsAre("look for " + mail, "ask m1", "end m1", "ask m2", "end m2",
-                                                   "look for " + draw, "ask d", "end d"));
-}
-
 TEST(Quitting, WaitsWithoutLimitAndMovesNothingMeanwhile) {
     World world{{"A", "B"}};
     withMail(world);
