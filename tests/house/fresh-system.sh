@@ -1,10 +1,13 @@
 # For sh's dot: makes $root/system, a system with nothing but its base, and removes it at the end. Needs root.
 root=$(mktemp -d)
-trap 'rm -rf --one-file-system "$root"' EXIT
+trap 'umount -q "$root/system/proc" || true; rm -rf --one-file-system "$root"' EXIT
 
 fail() { echo "$1"; exit 1; }
 quietly() { "$@" >"$root/log" 2>&1 || { tail -n 30 "$root/log"; fail "failed: $*"; }; }
-inside() { chroot "$root/system" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive "$@"; }
+inside() {
+    chroot "$root/system" env -i PATH=/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/root \
+        DEBIAN_FRONTEND=noninteractive "$@"
+}
 install_inside() { quietly inside apt-get install -q -y --no-install-recommends "$@"; }
 
 # From where this machine has its packages, and in its way of reaching them.
