@@ -11,7 +11,7 @@ letterloft_test(operation_sweep
     LIBRARIES letterloft_operations
     LABELS sweep)
 gtest_discover_tests(operation_sweep TEST_PREFIX InFull. DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 1800 LABELS long ENVIRONMENT LETTERLOFT_FULL_SWEEP=1)
+    PROPERTIES TIMEOUT 3600 LABELS long ENVIRONMENT LETTERLOFT_FULL_SWEEP=1)
 letterloft_test(power_cut_test
     SOURCES ${PROJECT_SOURCE_DIR}/tests/sweeps/PowerCutTest.cpp
     LIBRARIES letterloft_operations
