@@ -360,13 +360,13 @@ def _title(label):
 class Application:
     """A small real program with a window, and its desktop entry. It keeps a journal of what happens to it."""
 
-    def __init__(self, desktop, name="notes", options=""):
+    def __init__(self, desktop, name="notes", options="on-close=close"):
         self.desktop, self.name = desktop, name
         self.program = os.path.join(desktop.root, name)
         self.journal_file, self.item = self.program + ".journal", os.path.join(desktop.home, "." + name)
         self.entry = os.path.join(desktop.home, ".local/share/applications", name + ".desktop")
         shutil.copy(os.environ["TEST_APPLICATION"], self.program)
-        self.command = [self.program, self.journal_file, self.item, *options.split()]
+        self.command = [self.program, f"journal={self.journal_file}", f"item={self.item}", "windows=1", options]
         desktop.write(self.entry, f"[Desktop Entry]\nType=Application\nName={name}\nExec={' '.join(self.command)}\n")
 
     def start(self):
@@ -389,7 +389,7 @@ class DesktopTest(unittest.TestCase):
         self.desktop = Desktop()
         self.addCleanup(self.desktop.close)
 
-    def prepare(self, accounts=("A", "B", "C"), options="", **settings):
+    def prepare(self, accounts=("A", "B", "C"), options="on-close=close", **settings):
         """Accounts, the first one current, each with its own copy of the one item of one managed application."""
         application = Application(self.desktop, options=options)
         for account in accounts:

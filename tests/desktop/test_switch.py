@@ -40,7 +40,7 @@ class Switch(DesktopTest):
         application.wait_for_journal("ended-with-item")
 
     def test_of_two_choices_during_a_wait_the_later_one_follows(self):
-        application = self.prepare(("A", "B", "C", "D"), options="hold")
+        application = self.prepare(("A", "B", "C", "D"), options="on-close=ignore")
         running = application.start()
         program = self.start()
         for account in ("B", "C", "D"):
@@ -102,7 +102,7 @@ class Switch(DesktopTest):
 
 class Ending(DesktopTest):
     def end_during_the_wait(self, end, **changes):
-        application = self.prepare(options="hold")
+        application = self.prepare(options="on-close=ignore")
         running = application.start()
         program = self.start(**changes)
         program.choose("B")

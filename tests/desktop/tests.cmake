@@ -1,8 +1,5 @@
 # The real program on a display, session bus and home of its own for each case; every group makes its own, so that groups
 # may run at the same time.
-add_executable(letterloft-test-application ${CMAKE_CURRENT_LIST_DIR}/TestApplication.cpp)
-target_link_libraries(letterloft-test-application PRIVATE letterloft_options PkgConfig::XCB)
-
 foreach(group Start Settings Switch Disks FullDisk Ending StatusBar Names Accounts Applications Reset OpenQuestion ScreenReader)
     string(TOLOWER ${group} file)
     string(REPLACE ending switch file ${file})

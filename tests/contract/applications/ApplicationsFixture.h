@@ -4,7 +4,9 @@
 #include "platform/linux/LinuxRunningApplications.h"
 #include "tests/contract/quitting/Desktop.h"
 #include "tests/contract/quitting/PollWatcher.h"
+#include "tests/fakes/FakeLog.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
@@ -17,15 +19,10 @@ namespace letterloft {
 // Small applications in a home of their own, started in every way, and what becomes of them when one is asked to quit.
 class Applications : public testing::Test {
 protected:
-    struct KeptLog final : Log {
-        void write(const std::string& message) override { text += message + "\n"; }
-        std::string text;
-    };
-
     ~Applications() override;
 
-    // A copy of the test's application, or another, at that place in the home; never the same file twice.
-    std::string program(const std::string& place, const std::string& original = LETTERLOFT_TEST_APPLICATION) const;
+    // A copy of the test program at that place in the home; never the same file twice.
+    std::string program(const std::string& place) const;
 
     // A desktop entry in the home's applications folder. Its id is not that of another test's, running meanwhile,
     // unless it is a name on the bus.
@@ -41,13 +38,16 @@ protected:
 
     std::vector<std::unique_ptr<RunningApplication>> instances(const std::string& applicationPath);
 
-    // Serves events until the instance has ended; false if that takes unreasonably long.
-    bool waitForEnd(RunningApplication& instance);
+    // Serves events until it holds, which is asked again every half second.
+    void serveUntil(const std::function<bool()>& condition);
+    void waitForEnd(RunningApplication& instance);
 
-    Desktop desktop_;
-    KeptLog log_;
-    PollWatcher watcher_;
-    std::unique_ptr<SessionBus> bus_;
+    bool logSays(const std::string& words) const;
+
+    Desktop desktop;
+    FakeLog log;
+    SessionBus bus{log};
+    PollWatcher watcher;
 
 private:
     std::vector<std::unique_ptr<Started>> started_;

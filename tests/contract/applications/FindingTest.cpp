@@ -19,12 +19,12 @@ std::vector<std::string> withMark(const std::string& desktopFile, const std::str
 
 TEST_F(Found, ByTheExecutableHoweverItIsCalled) {
     const std::string mailer = program("bin/mailer");
-    std::filesystem::create_hard_link(mailer, desktop_.home() + "/bin/linked");
-    std::filesystem::create_symlink(mailer, desktop_.home() + "/bin/pointing");
+    std::filesystem::create_hard_link(mailer, desktop.home() + "/bin/linked");
+    std::filesystem::create_symlink(mailer, desktop.home() + "/bin/pointing");
     const pid_t direct = started({mailer});
     const pid_t second = started({mailer, "--again"});
-    const pid_t linked = started({desktop_.home() + "/bin/linked"});
-    const pid_t pointing = started({desktop_.home() + "/bin/pointing"});
+    const pid_t linked = started({desktop.home() + "/bin/linked"});
+    const pid_t pointing = started({desktop.home() + "/bin/pointing"});
     started({program("elsewhere/mailer")}); // the same bytes are not the same program
     EXPECT_EQ(instances(mailer).size(), 4u);
     EXPECT_EQ(quit(entry("mail", mailer + " %u")), (Pids{direct, second, linked, pointing}));
@@ -44,7 +44,7 @@ TEST_F(Found, WhenItsProgramHasBeenUpgradedOrRemovedMeanwhile) {
     std::filesystem::remove(removed);
     EXPECT_EQ(quit(entry("removed", removed + " %u")), (Pids{upgraded, latest, ofEntry}));
     EXPECT_EQ(quit(mailer), (Pids{upgraded, latest, before, ofEntry}));
-    EXPECT_NE(log_.text.find("There is no application at " + mailer), std::string::npos);
+    EXPECT_TRUE(logSays("There is no application at " + mailer));
 }
 
 TEST_F(Found, WhenItsNameLooksLikeThatOfARemovedProgram) {
@@ -64,7 +64,7 @@ TEST_F(Found, ThroughALauncherInItsExecLineButNotWhatElseThatRuns) {
 
 TEST_F(Found, BelowAWrapperThatBecomesIt) {
     const std::string mailer = program("lib/mailer-bin");
-    const std::string wrapper = desktop_.write(
+    const std::string wrapper = desktop.write(
         "bin/mailer", "#!/bin/sh\nLIB=\"$(dirname \"$0\")/../lib\"\nNAME=mailer\nexec \"$LIB/$NAME-bin\" \"$@\"\n",
         0755);
     const pid_t wrapped = started({wrapper, "--new"});
@@ -75,22 +75,22 @@ TEST_F(Found, BelowAWrapperThatBecomesIt) {
 
 TEST_F(Found, BelowAWrapperThatStartsItAndWaits) {
     const std::string hidden = program("lib/odd-name");
-    desktop_.write("lib/name", hidden);
-    const std::string wrapper = desktop_.write(
-        "bin/mailer", "#!/bin/sh\nread name < " + desktop_.home() + "/lib/name\n\"$name\"\necho over\n", 0755);
+    desktop.write("lib/name", hidden);
+    const std::string wrapper = desktop.write(
+        "bin/mailer", "#!/bin/sh\nread name < " + desktop.home() + "/lib/name\n\"$name\"\necho over\n", 0755);
     const pid_t below = started({wrapper});
     started({hidden}); // nothing says that it has to do with the wrapper
     EXPECT_EQ(quit(entry("mail", wrapper)), Pids{below});
 }
 
 TEST_F(Found, AsWhatAnAppImageHolds) {
-    const std::string image = desktop_.write("mail.AppImage", "\177ELF\2\1\1 AI\2 ", 0755);
-    const std::string folder = desktop_.home() + "/mount";
+    const std::string image = desktop.write("mail.AppImage", "\177ELF\2\1\1 AI\2 ", 0755);
+    const std::string folder = desktop.home() + "/mount";
     const std::string inside = program("mount/usr/bin/mailer");
     const auto startFrom = [&](const std::string& file) {
         return started({"env", "APPDIR=" + folder, "APPIMAGE=" + file, inside});
     };
-    startFrom(desktop_.home() + "/other.AppImage");
+    startFrom(desktop.home() + "/other.AppImage");
     started({"env", "APPDIR=" + folder, "APPIMAGE=" + image, program("bin/browser")}); // started from inside
     const pid_t before = startFrom(image);
     EXPECT_EQ(quit(image), Pids{before});
@@ -102,11 +102,11 @@ TEST_F(Found, AsWhatAnAppImageHolds) {
 TEST_F(Found, AsTheScriptThatAnInterpreterRuns) {
     const std::string text = "#!/usr/bin/env python3\nimport os, sys, time\n"
                              "print('ready', os.getpid(), flush=True)\nos.chdir('/')\ntime.sleep(1000)\n";
-    const std::string mailer = desktop_.write("bin/mailer", text, 0755);
-    const std::string namesake = desktop_.write("elsewhere/mailer", text, 0755);
+    const std::string mailer = desktop.write("bin/mailer", text, 0755);
+    const std::string namesake = desktop.write("elsewhere/mailer", text, 0755);
     const pid_t direct = started({mailer});
     const pid_t byInterpreter = started({"python3", "-W", "ignore", mailer, "--debug"});
-    const pid_t relative = started({"sh", "-c", "cd " + desktop_.home() + "/bin && exec python3 ./mailer"});
+    const pid_t relative = started({"sh", "-c", "cd " + desktop.home() + "/bin && exec python3 ./mailer"});
     started({namesake});
     started({namesake, mailer});
     started({"python3", "-c", "import os, time; print('ready', os.getpid(), flush=True); time.sleep(1000)", mailer});
@@ -116,7 +116,7 @@ TEST_F(Found, AsTheScriptThatAnInterpreterRuns) {
 
 TEST_F(Found, ByTheDesktopsMarkWithItsOwnNumber) {
     const std::string unknown = program("lib/unknown");
-    const std::string mail = entry("mail", desktop_.write("bin/mailer", "#!/usr/bin/perl\nexec $ENV{MAILER};\n", 0755));
+    const std::string mail = entry("mail", desktop.write("bin/mailer", "#!/usr/bin/perl\nexec $ENV{MAILER};\n", 0755));
     const pid_t marked = started(withMark(mail, unknown));
     // A mark that was inherited says only who started the one above.
     started({"env", "GIO_LAUNCHED_DESKTOP_FILE=" + mail, "GIO_LAUNCHED_DESKTOP_FILE_PID=1", unknown});
@@ -130,11 +130,11 @@ TEST_F(Found, ExceptWhatIsMarkedForAnotherEntry) {
     const std::string other = entry("other", mailer + " --profile other");
     const std::string handler = entry("handler", mailer + " --compose %u", "NoDisplay=true"); // of links
     const std::string copy =
-        desktop_.write("autostart/copy.desktop", "[Desktop Entry]\nType=Application\nExec=" + mailer);
+        desktop.write("autostart/copy.desktop", "[Desktop Entry]\nType=Application\nExec=" + mailer);
     const pid_t own = started(withMark(mail, mailer));
     const pid_t copied = started(withMark(copy, mailer)); // another file, but the very same thing
     const pid_t handling = started(withMark(handler, mailer));
-    const pid_t renamed = started(withMark(desktop_.home() + "/share/applications/former.desktop", mailer));
+    const pid_t renamed = started(withMark(desktop.home() + "/share/applications/former.desktop", mailer));
     const pid_t unmarked = started({mailer});
     const pid_t others = started(withMark(other, mailer));
     const Pids all{own, copied, handling, renamed, unmarked};
@@ -146,64 +146,60 @@ TEST_F(Found, ExceptWhatIsMarkedForAnotherEntry) {
 TEST_F(Found, InABundleWhicheverOfItsProgramsRuns) {
     const std::string main = program("Mail.app/Contents/MacOS/Mail");
     const std::string helper = program("Mail.app/Contents/Helpers/Indexer");
-    desktop_.write(
-        "Mail.app/Contents/Info.plist",
-        "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>CFBundleIdentifier</key>"
-        "<string>org.example.Mail</string><key>CFBundleExecutable</key><string>Mail</string></dict></plist>");
+    desktop.write("Mail.app/Contents/Info.plist",
+                  "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>CFBundleIdentifier</key>"
+                  "<string>org.example.Mail</string><key>CFBundleExecutable</key><string>Mail</string></dict></plist>");
     const pid_t one = started({main});
     const pid_t two = started({helper});
     started({program("Mail.app.old/Contents/MacOS/Mail")});
-    EXPECT_EQ(quit(desktop_.home() + "/Mail.app/"), (Pids{one, two}));
+    EXPECT_EQ(quit(desktop.home() + "/Mail.app/"), (Pids{one, two}));
 }
 
 TEST_F(Found, ByWhatCanBeReadWhenTheEntryIsBroken) {
     started({program("bin/mailer")});
     for (const auto& [exec, reason] :
-         std::vector<std::pair<std::string, std::string>>{{"'" + desktop_.home() + "/bin/mailer", "can't be read"},
+         std::vector<std::pair<std::string, std::string>>{{"'" + desktop.home() + "/bin/mailer", "can't be read"},
                                                           {"", "names no program"},
                                                           {"/nowhere/mailer", "is missing"}}) {
         const std::string broken = entry("broken", exec);
-        log_.text.clear();
+        log.lines.clear();
         EXPECT_EQ(quit(broken), Pids{}) << exec;
-        EXPECT_NE(log_.text.find(broken), std::string::npos) << log_.text;
-        EXPECT_NE(log_.text.find(reason), std::string::npos) << log_.text;
+        EXPECT_TRUE(logSays(broken));
+        EXPECT_TRUE(logSays(reason));
     }
-    EXPECT_EQ(quit(desktop_.home()), Pids{}); // a folder
-    EXPECT_EQ(quit(desktop_.home() + "/nothing\nhere"), Pids{});
-    EXPECT_NE(log_.text.find("nothing\\nhere"), std::string::npos) << log_.text;
+    EXPECT_EQ(quit(desktop.home()), Pids{}); // a folder
+    EXPECT_EQ(quit(desktop.home() + "/nothing\nhere"), Pids{});
+    EXPECT_TRUE(logSays("nothing\\nhere"));
     const pid_t untried = started({program("bin/untried")});
-    EXPECT_EQ(quit(entry("untried", desktop_.home() + "/bin/untried", "TryExec=/nowhere/untried")), Pids{untried});
+    EXPECT_EQ(quit(entry("untried", desktop.home() + "/bin/untried", "TryExec=/nowhere/untried")), Pids{untried});
 }
 
 class FoundOnDesktop : public Applications {
 protected:
     FoundOnDesktop() {
-        desktop_.startBus();
-        desktop_.startDisplay();
+        desktop.startBus();
+        desktop.startDisplay();
     }
-
-    // One that speaks on the bus and shows windows of the class "Tester"; asked to quit on either it does.
-    std::string speaking(const std::string& place) const { return program(place, LETTERLOFT_TEST_PROGRAM); }
 };
 
 TEST_F(FoundOnDesktop, ByNameOrClassWhereTheProgramCanNotBeTold) {
-    const std::string unknown = speaking("lib/unknown");
+    const std::string unknown = program("lib/unknown");
     const pid_t owner = started({unknown, "bus=org.example.Mail", "name", "on-quit=quit"});
     started({unknown, "bus=org.example.Other", "name", "on-quit=quit"});
-    started({speaking("bin/xdg-dbus-proxy"), "bus=org.example.Sandboxed", "name"}); // what it speaks for can't be told
+    started({program("bin/xdg-dbus-proxy"), "bus=org.example.Sandboxed", "name"}); // what it speaks for can't be told
     EXPECT_TRUE(instances(entry("org.example.Sandboxed", "", "DBusActivatable=true")).empty());
     EXPECT_EQ(quit(entry("org.example.Mail", "", "DBusActivatable=true")), Pids{owner});
     const std::string wrapper =
-        desktop_.write("bin/mailer", "#!/bin/sh\n. /dev/null\nexec \"$UNKNOWN\" windows=1 on-close=close\n", 0755);
+        desktop.write("bin/mailer", "#!/bin/sh\n. /dev/null\nexec \"$UNKNOWN\" windows=1 on-close=close\n", 0755);
     const pid_t shown = started({"env", "UNKNOWN=" + unknown, wrapper});
     started({unknown}); // shows nothing
     EXPECT_EQ(quit(entry("mail", wrapper, "StartupWMClass=Tester")), (Pids{owner, shown}));
 }
 
 TEST_F(FoundOnDesktop, NeverByTheClassAloneWhereItIsKnownOrAPageInABrowser) {
-    const std::string mailer = speaking("bin/mailer");
+    const std::string mailer = program("bin/mailer");
     const pid_t own = started({mailer, "windows=1", "on-close=close"});
-    const std::string browser = speaking("bin/browser");
+    const std::string browser = program("bin/browser");
     started({browser, "windows=2", "class=Browser", "on-close=close"});
     const pid_t page = started({browser, "windows=1", "on-close=close"});
     EXPECT_EQ(quit(entry("mail", mailer, "StartupWMClass=Tester")), Pids{own});
@@ -211,7 +207,7 @@ TEST_F(FoundOnDesktop, NeverByTheClassAloneWhereItIsKnownOrAPageInABrowser) {
 }
 
 TEST_F(FoundOnDesktop, ExceptWhatShowsTheWindowsOfAnotherEntry) {
-    const std::string mailer = speaking("bin/mailer");
+    const std::string mailer = program("bin/mailer");
     const std::string mail = entry("mail", mailer, "StartupWMClass=Mailer");
     entry("other", mailer + " --profile other", "StartupWMClass=Tester");
     const pid_t hidden = started({mailer});

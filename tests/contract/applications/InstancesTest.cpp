@@ -45,33 +45,33 @@ TEST_F(Instance, HasNotEndedBeforeWhatCameWhileItEnded) {
     ASSERT_EQ(found.size(), 1u);
     found[0]->terminate();
     // The first process ends, its heir is there by then and stays.
-    EXPECT_TRUE(watcher_.serve(20000));
+    EXPECT_TRUE(watcher.serve(20000));
     EXPECT_FALSE(found[0]->isTerminated());
     const ProcessTable table{::getuid()};
     for (const auto& [pid, process] : table.processes())
         if (process.executable == mailer) kill(pid, SIGUSR1);
-    EXPECT_TRUE(waitForEnd(*found[0]));
+    waitForEnd(*found[0]);
 }
 
 TEST_F(Instance, IsWaitedForWithTheWrapperAboveIt) {
     const std::string mailer = program("lib/mailer-bin");
-    const std::string done = desktop_.home() + "/done";
+    const std::string done = desktop.home() + "/done";
     mkfifo(done.c_str(), 0600);
     const std::string wrapper =
-        desktop_.write("bin/mailer", "#!/bin/sh\n" + mailer + " \"$@\"\nread tidied < " + done + "\n", 0755);
+        desktop.write("bin/mailer", "#!/bin/sh\n" + mailer + " \"$@\"\nread tidied < " + done + "\n", 0755);
     start({wrapper});
     auto found = instances(entry("mail", wrapper));
     ASSERT_EQ(found.size(), 1u);
     found[0]->terminate();
-    EXPECT_TRUE(watcher_.serve(20000)); // the program
+    EXPECT_TRUE(watcher.serve(20000)); // the program
     EXPECT_FALSE(found[0]->isTerminated());
     std::ofstream{done} << "yes\n";
-    EXPECT_TRUE(waitForEnd(*found[0]));
+    waitForEnd(*found[0]);
 }
 
 TEST_F(Instance, IsTheScriptItselfWhereItStartsNothingButPauses) {
-    const std::string script = desktop_.write(
-        "bin/notifier", "#!/bin/sh\ntrap 'kill $!; exit' TERM\necho ready $$\nsleep 1000 & wait\n", 0755);
+    const std::string script =
+        desktop.write("bin/notifier", "#!/bin/sh\ntrap 'kill $!; exit' TERM\necho ready $$\nsleep 1000 & wait\n", 0755);
     const pid_t running = started({script});
     EXPECT_EQ(quit(script), Pids{running});
 }
@@ -80,14 +80,13 @@ TEST_F(Instance, IsNeverThisProgramNorOneItComesFrom) {
     const std::string own = std::filesystem::read_symlink("/proc/self/exe");
     const std::string sentence = own + " (" + std::to_string(getpid()) + ") of " + own + " is not asked to quit";
     instances(own);
-    EXPECT_NE(log_.text.find(sentence), std::string::npos) << log_.text;
+    EXPECT_TRUE(logSays(sentence));
 
     const pid_t below = fork();
     if (below == 0) {
-        log_.text.clear();
-        bus_.reset();
+        log.lines.clear();
         instances(own);
-        _exit(log_.text.find(sentence) != std::string::npos ? 0 : 1);
+        _exit(logSays(sentence) ? 0 : 1);
     }
     int status = -1;
     waitpid(below, &status, 0);

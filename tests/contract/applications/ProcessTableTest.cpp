@@ -21,11 +21,11 @@ protected:
 
     void put(pid_t pid, const std::string& stat, const std::string& group = "") const {
         const std::string folder = "proc/" + std::to_string(pid) + "/";
-        desktop_.write(folder + "stat", stat);
-        desktop_.write(folder + "cgroup", "0::/user.slice/user@1000.service/app.slice/" + group + "\n");
+        desktop.write(folder + "stat", stat);
+        desktop.write(folder + "cgroup", "0::/user.slice/user@1000.service/app.slice/" + group + "\n");
     }
 
-    ProcessTable table() const { return ProcessTable{::getuid(), desktop_.home() + "/proc"}; }
+    ProcessTable table() const { return ProcessTable{::getuid(), desktop.home() + "/proc"}; }
 };
 
 TEST_F(Table, LeavesOutWhatIsNotWholeAndReadsOn) {
@@ -35,12 +35,12 @@ TEST_F(Table, LeavesOutWhatIsNotWholeAndReadsOn) {
     put(13, "");
     put(14, "14 (no number) " + fields('S', 1, 14, "never"));
     put(15, std::string(100000, 'x'));
-    desktop_.write("proc/16/nothing", "");
-    desktop_.write("proc/99999999999999999999/stat", "1 (x) " + fields('S', 1, 1, "1"));
-    desktop_.write("proc/10/environ",
-                   std::string{"GIO_LAUNCHED_DESKTOP_FILE\0=\0GIO_LAUNCHED_DESKTOP_FILE=\xff\0\0", 58} +
-                       "GIO_LAUNCHED_DESKTOP_FILE_PID=10");
-    desktop_.write("proc/10/cmdline", std::string{"\0\0\xff x\0", 6});
+    desktop.write("proc/16/nothing", "");
+    desktop.write("proc/99999999999999999999/stat", "1 (x) " + fields('S', 1, 1, "1"));
+    desktop.write("proc/10/environ",
+                  std::string{"GIO_LAUNCHED_DESKTOP_FILE\0=\0GIO_LAUNCHED_DESKTOP_FILE=\xff\0\0", 58} +
+                      "GIO_LAUNCHED_DESKTOP_FILE_PID=10");
+    desktop.write("proc/10/cmdline", std::string{"\0\0\xff x\0", 6});
     const ProcessTable read = table();
     ASSERT_EQ(read.processes().size(), 1u);
     const Process& process = *read.find(10);
@@ -61,7 +61,7 @@ TEST_F(Table, EndsWhereParentsGoRoundInACircle) {
 TEST_F(Table, TellsWhatAUnitWasMadeFor) {
     const ApplicationMatcher plain{ApplicationEntry::at(entry("org.example.Mail", program("bin/mailer")))};
     const ApplicationMatcher wrapped{ApplicationEntry::at(
-        entry("org.example.Mail", desktop_.write("bin/wrapper", "#!/bin/sh\nexec $SOMETHING\n", 0755)))};
+        entry("org.example.Mail", desktop.write("bin/wrapper", "#!/bin/sh\nexec $SOMETHING\n", 0755)))};
     put(5, "5 (panel) " + fields('S', 1, 5, "1"), "panel.service");
     const std::string own = "app-gnome-org.example.Mail-10.scope";
     put(10, "10 (main) " + fields('S', 5, 5, "10"), own);
@@ -85,9 +85,9 @@ TEST_F(Table, TellsWhatRunsInASandbox) {
     put(10, "10 (bwrap) " + fields('S', 1, 10, "10"));
     put(11, "11 (mail) " + fields('S', 10, 10, "11"));
     for (const char* pid : {"10", "11"})
-        desktop_.write(std::string{"proc/"} + pid + "/root/.flatpak-info",
-                       "[Application]\nname=org.example.Mail\ninstance-id=7\n");
-    std::filesystem::create_symlink("/usr/bin/bwrap", desktop_.home() + "/proc/10/exe");
+        desktop.write(std::string{"proc/"} + pid + "/root/.flatpak-info",
+                      "[Application]\nname=org.example.Mail\ninstance-id=7\n");
+    std::filesystem::create_symlink("/usr/bin/bwrap", desktop.home() + "/proc/10/exe");
     put(20, "20 (mail) " + fields('S', 1, 20, "20"), "snap.mail.mail-12ab.scope");
     put(21, "21 (other) " + fields('S', 1, 21, "21"), "snap.mail-other.mail-12ab.scope");
     const auto run = [this](const std::string& exec) {
@@ -100,11 +100,10 @@ TEST_F(Table, TellsWhatRunsInASandbox) {
     };
     EXPECT_EQ(run("flatpak run --branch=stable org.example.Mail"), std::set<pid_t>{11});
     EXPECT_EQ(run("env A=/b snap run mail.desktop"), std::set<pid_t>{20});
-    bus_ = std::make_unique<SessionBus>(log_);
     XWindows windows;
     const ApplicationMatcher flatpak{ApplicationEntry::at(entry("mail", "flatpak run org.example.Mail"))};
     const ProcessTable read = table();
-    const auto found = InstanceSearch{flatpak, read, *bus_, windows}.instances();
+    const auto found = InstanceSearch{flatpak, read, bus, windows}.instances();
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].program, read.find(11));
     EXPECT_EQ(found[0].proxies, std::vector<pid_t>{10});
@@ -116,14 +115,13 @@ TEST_F(Table, TellsWhatMayNotBeLookedIntoByItsName) {
     put(10, "10 (browser) " + fields('S', 1, 10, "10"));
     put(11, "11 (sandbox) " + fields('S', 10, 10, "11"));
     put(12, "12 (browser) " + fields('S', 11, 10, "12"));
-    desktop_.write("proc/10/cmdline", browser + '\0');
-    desktop_.write("proc/11/cmdline", program("bin/sandbox") + '\0');
-    desktop_.write("proc/12/cmdline", browser + '\0' + "--page" + '\0');
+    desktop.write("proc/10/cmdline", browser + '\0');
+    desktop.write("proc/11/cmdline", program("bin/sandbox") + '\0');
+    desktop.write("proc/12/cmdline", browser + '\0' + "--page" + '\0');
     const ApplicationMatcher matcher{ApplicationEntry::at(browser)};
     const ProcessTable read = table();
-    bus_ = std::make_unique<SessionBus>(log_);
     XWindows windows;
-    const auto found = InstanceSearch{matcher, read, *bus_, windows}.instances();
+    const auto found = InstanceSearch{matcher, read, bus, windows}.instances();
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].program, read.find(10));
 }

@@ -12,7 +12,7 @@ protected:
     std::string application() { return program("bin/mailer"); }
     void startInstance(const std::string& path) { start({"setsid", path}); }
     std::vector<std::unique_ptr<RunningApplication>> list(const std::string& path) { return instances(path); }
-    void serve() { watcher_.serve(20000); }
+    void serve() { watcher.serve(20000); }
 };
 
 class FakeKind : public testing::Test {

@@ -12,11 +12,11 @@ protected:
     // The programs, without wrappers, by what follows the home in their paths.
     std::vector<std::string> of(const std::string& script) const {
         std::vector<std::string> found;
-        const std::string wrapper = desktop_.write("bin/wrapper", script, 0755);
+        const std::string wrapper = desktop.write("bin/wrapper", script, 0755);
         for (const auto& one : programsStartedBy({wrapper}))
             if (!one.isWrapper())
-                found.push_back(one.file.starts_with(desktop_.home()) ? one.file.substr(desktop_.home().size() + 1)
-                                                                      : one.name + one.file);
+                found.push_back(one.file.starts_with(desktop.home()) ? one.file.substr(desktop.home().size() + 1)
+                                                                     : one.name + one.file);
         return found;
     }
     using Names = std::vector<std::string>;
@@ -26,8 +26,8 @@ TEST_F(Resolved, FromTheWaysScriptsFindTheirProgram) {
     const std::string real = program("lib/real");
     for (const std::string& line : std::vector<std::string>{
              "exec " + real + " \"$@\"", "exec -a mailer " + real,
-             "export A=1 LIB=" + desktop_.home() + "/lib\nexec ${LIB}/real ${1+\"$@\"}",
-             "LIB=${LIB:-" + desktop_.home() + "/lib}; \"$LIB\"/real \"$@\"; exit $?", "exec \"${0%/*}/../lib/real\"",
+             "export A=1 LIB=" + desktop.home() + "/lib\nexec ${LIB}/real ${1+\"$@\"}",
+             "LIB=${LIB:-" + desktop.home() + "/lib}; \"$LIB\"/real \"$@\"; exit $?", "exec \"${0%/*}/../lib/real\"",
              "here=`dirname \"$(readlink -f \"$0\")\"`\nexec \"$here/../lib/real\" \"$@\"",
              "cd \"$(dirname \"$0\")/../lib\" || exit 1\n./real \"$@\"",
              "DIR=$(cd \"$(dirname \"${BASH_SOURCE[0]}\")\" && pwd)\nexec $DIR/../lib/real",
@@ -53,7 +53,7 @@ TEST_F(Resolved, ToNothingFromWhatAScriptDoesOnTheSide) {
 }
 
 TEST_F(Resolved, ToTheTargetOfAGeneralLauncher) {
-    const std::string jar = desktop_.write("lib/mail.jar", "PK");
+    const std::string jar = desktop.write("lib/mail.jar", "PK");
     const auto only = [](const std::vector<std::string>& command) {
         const auto programs = programsStartedBy(command);
         return programs.size() == 1 ? programs.front() : StartedProgram{};
@@ -82,18 +82,18 @@ TEST_F(Resolved, ToTheTargetOfAGeneralLauncher) {
 
 TEST_F(Resolved, ForABundleFromEitherKindOfPropertyList) {
     program("Old.app/Oldmail");
-    desktop_.write(
+    desktop.write(
         "Old.app/Resources/Info-gnustep.plist",
         "{\n  ApplicationName = \"Old\";\n  NSExecutable = \"Oldmail\";\n  CFBundleIdentifier = org.old.Mail;\n}\n");
-    const auto old = ApplicationEntry::at(desktop_.home() + "/Old.app");
+    const auto old = ApplicationEntry::at(desktop.home() + "/Old.app");
     EXPECT_EQ(old.identifier, "org.old.Mail");
-    EXPECT_EQ(old.command, (std::vector<std::string>{desktop_.home() + "/Old.app/Oldmail"}));
+    EXPECT_EQ(old.command, (std::vector<std::string>{desktop.home() + "/Old.app/Oldmail"}));
 
-    desktop_.write("Bad.app/Contents/Info.plist",
-                   "<plist><dict><key>CFBundleExecutable</key><string>../../bin/sh</string>");
-    const auto bad = ApplicationEntry::at(desktop_.home() + "/Bad.app");
+    desktop.write("Bad.app/Contents/Info.plist",
+                  "<plist><dict><key>CFBundleExecutable</key><string>../../bin/sh</string>");
+    const auto bad = ApplicationEntry::at(desktop.home() + "/Bad.app");
     EXPECT_FALSE(bad.usable);
-    EXPECT_EQ(bad.identifier, desktop_.home() + "/Bad.app");
+    EXPECT_EQ(bad.identifier, desktop.home() + "/Bad.app");
 }
 
 TEST_F(Resolved, ForADesktopEntryToTheSameIdInAnyFolder) {

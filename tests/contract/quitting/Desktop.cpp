@@ -13,9 +13,8 @@
 namespace letterloft {
 
 Started::Started(const std::vector<std::string>& command) {
-    int input[2];
     int output[2];
-    if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error{"no pipe"};
+    if (pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error{"no pipe"};
     std::vector<char*> arguments;
     for (const std::string& word : command)
         arguments.push_back(const_cast<char*>(word.c_str()));
@@ -23,14 +22,12 @@ Started::Started(const std::vector<std::string>& command) {
     pid_ = fork();
     if (pid_ == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL); // also when the test is cut off
-        dup2(input[0], STDIN_FILENO);
+        dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
         dup2(output[1], STDOUT_FILENO);
         execvp(arguments.front(), arguments.data());
         _exit(127);
     }
-    close(input[0]);
     close(output[1]);
-    input_ = input[1];
     output_ = output[0];
 }
 
@@ -39,7 +36,6 @@ Started::~Started() {
         kill(pid_, SIGKILL);
         waitpid(pid_, nullptr, 0);
     }
-    endStandardInput();
     close(output_);
 }
 
@@ -50,9 +46,10 @@ std::string Started::line() {
     return text;
 }
 
-void Started::endStandardInput() {
-    if (input_ >= 0) close(input_);
-    input_ = -1;
+pid_t Started::ready() {
+    const std::string told = line();
+    if (!told.starts_with("ready ")) throw std::runtime_error{"it did not come up: " + told};
+    return std::stoi(told.substr(6));
 }
 
 int Started::status() {
@@ -66,9 +63,8 @@ Desktop::Desktop() {
     std::string home = (std::filesystem::temp_directory_path() / "letterloft-quitting-XXXXXX").string();
     if (mkdtemp(home.data()) == nullptr) throw std::runtime_error{"no scratch folder"};
     home_ = home;
-    for (const char* variable : {"WAYLAND_DISPLAY", "DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "SESSION_MANAGER"}) {
+    for (const char* variable : {"WAYLAND_DISPLAY", "DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "SESSION_MANAGER"})
         unsetenv(variable);
-    }
     setenv("HOME", home_.c_str(), 1);
     setenv("XDG_RUNTIME_DIR", home_.c_str(), 1);
     setenv("XDG_DATA_HOME", (home_ + "/share").c_str(), 1);

@@ -22,14 +22,14 @@ public:
     // Waits for the next line; empty at the end of the program's output.
     std::string line();
 
-    void endStandardInput();
+    // Waits for "ready PID", and gives the number: it may be that of another process.
+    pid_t ready();
 
     // Waits for the end and takes the exit status; negative for the signal that ended it.
     int status();
 
 private:
     pid_t pid_ = 0;
-    int input_ = -1;
     int output_ = -1;
 };
 

@@ -3,7 +3,6 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -19,28 +18,13 @@ protected:
 
     // Once it is up.
     static HeldProcess held(Started& started) {
-        EXPECT_EQ(started.line(), "ready");
-        return std::move(*HeldProcess::hold(*ProcessIdentity::ofProcess(started.pid())));
+        return std::move(*HeldProcess::hold(*ProcessIdentity::ofProcess(started.ready())));
     }
 
     Desktop desktop;
 };
 
 } // namespace
-
-TEST_F(Held, HasEndedAsAZombieTheMomentItDoes) {
-    Started started = start("handle");
-    const HeldProcess process = held(started);
-    EXPECT_FALSE(process.hasEnded());
-    EXPECT_TRUE(process.sendSigterm());
-    pollfd end{process.descriptor(), POLLIN, 0};
-    EXPECT_EQ(poll(&end, 1, -1), 1);
-    EXPECT_TRUE(process.hasEnded()); // nobody has taken its status yet
-    EXPECT_EQ(kill(started.pid(), 0), 0);
-    EXPECT_EQ(started.status(), 0);
-    EXPECT_TRUE(process.hasEnded());
-    EXPECT_FALSE(process.sendSigterm());
-}
 
 TEST_F(Held, IsNeverTheNextOneOfItsNumber) {
     const ProcessIdentity own = *ProcessIdentity::ofProcess(getpid());

@@ -145,7 +145,7 @@ TEST_F(LaunchOfEntry, ByTheBusReachesWhatRunsElseItsServiceElseIsRefusedAtOnce) 
     expectRefused(entry("Exec=/bin/true\nDBusActivatable=true", "org.letterloft.Nobody"), "session bus");
     const std::string path = entry("Exec=/bin/false\nDBusActivatable=true");
     Started running{{testProgram, std::string{"bus="} + id, "name", "sigterm=handle"}};
-    EXPECT_EQ(running.line(), "ready");
+    running.ready();
     ASSERT_TRUE(launcher.launchApplication(path));
     EXPECT_EQ(running.line(), "activated"); // sent, though no event loop has run since
     kill(running.pid(), SIGTERM);
@@ -167,7 +167,7 @@ TEST_F(LaunchOfEntry, WithoutABusUsesTheExecLineAndStartsNone) {
 TEST_F(LaunchOfEntry, AsksForAScopeOfItsOwn) {
     desktop.startBus();
     Started manager{{testProgram, "bus=org.freedesktop.systemd1", "name"}};
-    EXPECT_EQ(manager.line(), "ready");
+    manager.ready();
     Started monitor{{"dbus-monitor", "member='StartTransientUnit'"}};
     while (monitor.line().find("NameLost") == std::string::npos) { // it only listens from then on
     }

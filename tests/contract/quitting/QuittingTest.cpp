@@ -1,15 +1,11 @@
 // How programs are asked to quit, told by what each of them says that it is asked for.
 #include "platform/linux/LinuxRunningApplication.h"
-#include "tests/contract/quitting/Desktop.h"
-#include "tests/contract/quitting/PollWatcher.h"
-#include "tests/fakes/FakeLog.h"
+#include "tests/contract/applications/ApplicationsFixture.h"
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <iterator>
-#include <map>
 #include <sstream>
 #include <unistd.h>
 #include <utility>
@@ -19,7 +15,6 @@ namespace letterloft {
 namespace {
 
 constexpr const char* applicationId = "org.letterloft.Tester";
-constexpr int sliceInMilliseconds = 1000;
 
 HeldProcess held(pid_t pid) { return std::move(*HeldProcess::hold(*ProcessIdentity::ofProcess(pid))); }
 
@@ -35,14 +30,14 @@ struct Asked {
     std::unique_ptr<LinuxRunningApplication> application;
 };
 
-// Programs on a desktop of their own, asked to quit and waited for as the switch does it.
-class Quitting : public testing::Test {
+// Programs that are asked to quit and waited for as the switch does it.
+class Quitting : public Applications {
 protected:
     using Instance = LinuxRunningApplication::Instance;
 
     Asked& start(const std::string& options) {
         all.push_back(std::make_unique<Asked>(options));
-        EXPECT_EQ(all.back()->program.line(), "ready");
+        all.back()->program.ready();
         return *all.back();
     }
 
@@ -61,20 +56,19 @@ protected:
         return one;
     }
 
-    template <typename Condition>
-    void serveUntil(const Condition& condition) {
-        while (!condition()) {
+    void followUntil(const std::function<bool()>& condition) {
+        serveUntil([&] {
             for (const auto& one : all)
                 if (one->application) (void)one->application->isTerminated();
-            watcher.serve(sliceInMilliseconds);
-        }
+            return condition();
+        });
     }
 
     // The next line a program says, all of them followed up meanwhile.
     std::string next(Asked& one) {
         bool isThere = false;
         const auto watch = watcher.watchReadable(one.program.output(), [&] { isThere = true; });
-        serveUntil([&] { return isThere; });
+        followUntil([&] { return isThere; });
         return one.program.line();
     }
 
@@ -94,20 +88,11 @@ protected:
 
     // Nothing more is said, and the end is noticed.
     void expectEnd(Asked& one, int status = 0) {
-        serveUntil([&] { return one.application->isTerminated(); });
+        followUntil([&] { return one.application->isTerminated(); });
         EXPECT_EQ(one.program.line(), "");
         EXPECT_EQ(one.program.status(), status);
     }
 
-    bool logSays(const std::string& words) const {
-        return std::any_of(log.lines.begin(), log.lines.end(),
-                           [&](const std::string& line) { return line.find(words) != std::string::npos; });
-    }
-
-    Desktop desktop;
-    FakeLog log;
-    SessionBus bus{log};
-    PollWatcher watcher;
     std::vector<std::unique_ptr<Asked>> all;
 };
 
@@ -164,7 +149,7 @@ for port in range(6010, 6064):
 client = socket.socket(listener.family)
 client.connect(listener.getsockname())
 server = listener.accept()
-print('ready', flush=True)
+print('ready', os.getpid(), flush=True)
 signal.pause()
 )");
         Asked& shown = start("/usr/bin/python3 " + script);
@@ -195,7 +180,7 @@ TEST_F(Quitting, IsOverWithTheLastProcessAndAsksTheProgramAlone) {
     left.isWithoutProgram = true;
     ask(helper, std::move(left));
     expect(helper, {"<kill>"});
-    serveUntil([&] { return one.application->isTerminated(); });
+    followUntil([&] { return one.application->isTerminated(); });
     expectEnd(helper, -SIGKILL);
 }
 
@@ -204,12 +189,12 @@ TEST_F(QuittingOnDesktop, IsAConversation) {
     const std::vector<std::pair<std::string, Steps>> conversations{
         {"windows=3 on-close=close sigterm=handle", {"asked 3", "asked 2", "asked 1"}}, // newest first, and no signal
         {"windows=2 on-close=ask sigterm=handle", {"asked 2", "question", "<agree>", "asked 1", "question", "<agree>"}},
-        {"windows=1 modal on-close=close", {"dropped 1", "<agree>", "asked 1"}}, // the owner of a dialog, once it can
-        {"windows=1 modal on-close=close", {"dropped 1", "<refuse>", "question", "<agree>", "asked 1"}}, // the dialog's
+        {"windows=1 modal on-close=close", {"dropped", "<agree>", "asked"}}, // the owner of a dialog, once it can
+        {"windows=1 modal on-close=close", {"dropped", "<refuse>", "question", "<agree>", "asked"}}, // the dialog's
         {onBus + "on-quit=quit", {"quit"}},
         {"bus=org.letterloft.Another windows=1 on-quit=quit", {"quit"}}, // its window tells where
-        {onBus + "windows=1 on-close=close no-quit", {"asked 1"}},
-        {onBus + "windows=1 on-close=close quit-disabled", {"asked 1"}},
+        {onBus + "windows=1 on-close=close no-quit", {"asked"}},
+        {onBus + "windows=1 on-close=close quit-disabled", {"asked"}},
         {onBus + "windows=1 on-quit=ask sigterm=handle", {"quit", "question", "<agree>"}},
     };
     for (const auto& [options, steps] : conversations) {
@@ -236,10 +221,10 @@ TEST_F(QuittingOnDesktop, SendsASignalOnlyWhereNothingIsShownAndItIsSafe) {
     log.lines.clear();
     quit("windows=0");
     EXPECT_TRUE(logSays("can't be asked to quit"));
-    expect(quit("windows=1 on-close=hide"), {"asked 1"});
-    expect(quit("windows=1 on-close=hide sigterm=handle"), {"asked 1", "sigterm"});
+    expect(quit("windows=1 on-close=hide"), {"asked"});
+    expect(quit("windows=1 on-close=hide sigterm=handle"), {"asked", "sigterm"});
     expectEnd(*all.back());
-    serveUntil([&] { return logSays("goes on without a window"); });
+    followUntil([&] { return logSays("goes on without a window"); });
     for (std::size_t i = 0; i + 1 < all.size(); ++i)
         expect(*all[i], {"<end>", i < patient.size() ? "sigterm" : ""}); // nothing in between
 }
@@ -272,13 +257,12 @@ TEST_F(QuittingOnDesktop, NeverReachesAnotherOwnerOfTheNameOrWindow) {
 
 TEST_F(QuittingOnDesktop, OutlivesTheDisplayAndTheBus) {
     Asked& shown = quit("windows=1 on-close=ignore sigterm=handle");
-    expect(shown, {"asked 1"});
+    expect(shown, {"asked"});
     kill(display->pid(), SIGTERM);
     display->status();
     EXPECT_TRUE(bus.isThere());
     Started& another = desktop.startBus(); // where everybody looks from now on
     EXPECT_TRUE(bus.isThere());
-    another.endStandardInput();
     kill(another.pid(), SIGTERM);
     another.status();
     setenv("DISPLAY", ":59999", 1); // another test's server may have taken the number that has become free

@@ -1,4 +1,4 @@
-// A program to be asked to quit. It writes one line for everything that happens to it, "ready" first.
+// A program to be found and asked to quit. It writes one line for everything that happens to it, "ready PID" first.
 //
 // sigterm=default|handle|ignore|block      what SIGTERM does to it; "handle" ends it in an orderly way
 // windows=N on-close=close|ask|ignore|hide what its windows do when asked to close; it ends with the last one. With
@@ -10,18 +10,27 @@
 // bus=ID on-quit=quit|ask|nothing|hang     an application on the session bus with a "quit" action
 // name                                     it owns ID as its well-known name
 // no-quit | quit-disabled                  it lists no such action, or one that can't be used
+// children=N                               starts itself that often, as browsers do for pages; those end with it
+// refork                                   goes on as a process that nobody waits for, as servers do
+// heir                                     starts itself once more, to stay, when SIGTERM comes, which it handles
+// journal=FILE item=PATH                   its lines are added to a file, and the last tells whether PATH is there
 //
-// SIGUSR1 agrees to the question that stands, SIGUSR2 refuses it.
+// SIGUSR1 agrees to the question that stands, or ends it; SIGUSR2 refuses.
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <gio/gio.h>
 #include <glib-unix.h>
 #include <map>
 #include <optional>
+#include <poll.h>
 #include <string>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -36,23 +45,45 @@ void say(const std::string& line) {
     std::fflush(stdout);
 }
 
+void startSelf(const char* option) {
+    if (fork() == 0) {
+        execl("/proc/self/exe", program_invocation_name, option, nullptr);
+        _exit(127);
+    }
+}
+
+// Returns in the process left behind, once the first one has ended.
+void goOnAsAnOrphan() {
+    pollfd first{static_cast<int>(syscall(SYS_pidfd_open, getpid(), 0)), POLLIN, 0};
+    if (fork() != 0) _exit(0);
+    setsid();
+    while (poll(&first, 1, -1) != 1) {
+    }
+}
+
 class Program {
 public:
     explicit Program(std::map<std::string, std::string> options) : options_{std::move(options)} {}
 
     int run() {
+        if (has("journal") && std::freopen(option("journal").c_str(), "a", stdout) == nullptr) return 2;
+        if (has("child")) prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (has("refork")) goOnAsAnOrphan();
         prepareSignals();
+        for (int i = 0; i < std::atoi(option("children").c_str()); ++i)
+            startSelf("child");
         if (has("windows")) connectToDisplay();
         for (int i = 0; i < std::atoi(option("windows").c_str()); ++i)
             windows_.push_back(makeWindow(noWindow));
         if (has("modal")) dialog_ = makeWindow(windows_.front());
         if (has("bus")) exportApplication();
-        say("ready");
+        say(has("journal") ? "started" : "ready " + std::to_string(getpid()));
         if (option("on-quit") == "hang") {
             for (;;)
                 pause();
         }
         g_main_loop_run(loop_);
+        if (has("item")) say(std::filesystem::exists(option("item")) ? "ended-with-item" : "ended-without-item");
         return 0;
     }
 
@@ -63,7 +94,7 @@ private:
     void prepareSignals() {
         const std::string reaction = option("sigterm");
         if (reaction == "ignore") std::signal(SIGTERM, SIG_IGN);
-        if (reaction == "handle") g_unix_signal_add(SIGTERM, &Program::sigtermCame, this);
+        if (reaction == "handle" || has("heir")) g_unix_signal_add(SIGTERM, &Program::sigtermCame, this);
         if (reaction == "block") {
             sigset_t set;
             sigemptyset(&set);
@@ -140,8 +171,8 @@ private:
 
     void askToClose(xcb_window_t window) {
         const auto number = std::find(windows_.begin(), windows_.end(), window) - windows_.begin() + 1;
-        if (dialog_ != noWindow) return say("dropped " + std::to_string(number));
-        say("asked " + std::to_string(number));
+        if (dialog_ != noWindow) return say("dropped");
+        say(windows_.size() == 1 ? "asked" : "asked " + std::to_string(number));
         const std::string reaction = option("on-close");
         if (reaction == "close") close(window);
         if (reaction == "hide") {
@@ -164,9 +195,11 @@ private:
         if (std::count(windows_.begin(), windows_.end(), noWindow) == std::ssize(windows_)) g_main_loop_quit(loop_);
     }
 
-    static gboolean sigtermCame(gpointer self) {
+    static gboolean sigtermCame(gpointer data) {
+        auto* self = static_cast<Program*>(data);
         say("sigterm");
-        g_main_loop_quit(static_cast<Program*>(self)->loop_);
+        if (self->has("heir")) startSelf("left");
+        g_main_loop_quit(self->loop_);
         return G_SOURCE_REMOVE;
     }
 
@@ -213,7 +246,9 @@ private:
             }
             std::free(event);
         }
-        return xcb_connection_has_error(self->server_) == 0 ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+        if (xcb_connection_has_error(self->server_) == 0) return G_SOURCE_CONTINUE;
+        if (self->has("journal")) std::exit(1);
+        return G_SOURCE_REMOVE;
     }
 
     std::map<std::string, std::string> options_;

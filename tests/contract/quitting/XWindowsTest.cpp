@@ -12,9 +12,9 @@ TEST(WindowsAreListed, AsTheWindowManagerSaysWhileItLives) {
     Desktop desktop;
     desktop.startDisplay();
     Started program{{LETTERLOFT_TEST_PROGRAM, "windows=3"}};
-    EXPECT_EQ(program.line(), "ready");
+    program.ready();
     Started manager{{LETTERLOFT_TEST_PROGRAM, "windows=1", "sigterm=handle"}};
-    EXPECT_EQ(manager.line(), "ready");
+    manager.ready();
     XWindows windows;
     const auto asStacked = windows.clientWindows();
     ASSERT_EQ(asStacked.size(), 4U);
