@@ -26,19 +26,18 @@ TEST(ManageAccounts, LoadsTheWindowOnceAndShowsItAgain) {
     EXPECT_EQ(world.application.activations, 2);
 }
 
-TEST(ClosingAnyWindow, BringsTheMenuUpToDate) {
+TEST(ClosingAnyWindow, TellsTheMenuOnceForEachThatWasVisible) {
     World world{{"A"}};
-    world.start().openManager();
-    world.press("insertAccount:");
-    EXPECT_THAT(world.accountRows(), ElementsAre("A [mailbox] !"));
+    world.start().openManager().window().close();
     world.window().close();
-    EXPECT_THAT(world.accountRows(), ElementsAre("Default User", "A [mailbox] !"));
-    world.window().close(); // hidden already: not told
     EXPECT_EQ(world.notifications.countOf("accountsDidChange"), 1u);
     FakeWindow help{world.notifications};
     help.makeKeyAndOrderFront();
+    world.settings.setList("Accounts", {"A", "B"});
+    world.files.addFolder(World::folderOf("B"));
     help.close();
     EXPECT_EQ(world.notifications.countOf("accountsDidChange"), 2u);
+    EXPECT_EQ(world.menu.shown().front(), "B");
 }
 
 } // namespace

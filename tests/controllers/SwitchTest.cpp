@@ -4,7 +4,6 @@ namespace letterloft {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string mail = "/Applications/Mail.app";
 const std::string draw = "/usr/share/applications/draw.desktop";
@@ -38,7 +37,7 @@ TEST(Switch, RefusesNamesThatAreNoAccounts) {
             lines.push_back("Error!  " + name + " is not a valid user!");
         EXPECT_EQ(world.log.lines, lines);
         EXPECT_EQ(std::pair(world.files.tree, world.settings.values), before);
-        EXPECT_THAT(world.running.history, IsEmpty());
+        EXPECT_EQ(world.running.looks, 0);
     }
 }
 
@@ -56,11 +55,11 @@ TEST(Switch, RefusesASenderThatIsNoMenuItem) {
 TEST(Quitting, WaitsWithoutLimitAndMovesNothingMeanwhile) {
     World world{{"A", "B"}};
     withMail(world);
-    const auto instance = world.running.start(mail, "m");
+    const auto instance = world.running.start(mail);
     instance->refuses = true;
     for (int slice = 0; slice < 500; ++slice)
         world.runLoop.events.push_back([&] { EXPECT_EQ(world.files.operations, 0); });
-    world.runLoop.events.push_back([&] { world.running.end(*instance); });
+    world.runLoop.events.push_back([&] { instance->hasEnded = true; });
     world.menu.choose("B");
     EXPECT_EQ(world.runLoop.slices, 501);
     EXPECT_EQ(world.textAt(mailFolder + "/inbox"), "B's inbox");
@@ -69,16 +68,16 @@ TEST(Quitting, WaitsWithoutLimitAndMovesNothingMeanwhile) {
 TEST(Quitting, GoesOnWhenNothingCanBeWaitedFor) {
     World world{{"A", "B"}};
     withMail(world);
-    world.running.start(mail, "m")->refuses = true;
+    world.running.start(mail)->refuses = true;
     world.runLoop.hasSources = false;
     world.menu.choose("B");
     EXPECT_EQ(world.currentUser(), "B");
 }
 
-// What happens nested in the wait for "m", which ends after it.
+// What happens nested in the wait for mail, which ends after it.
 void chooseBWith(World& world, const std::function<void()>& nested) {
     world.runLoop.events.push_back(nested);
-    world.running.start(mail, "m");
+    world.running.start(mail);
     ASSERT_TRUE(world.menu.choose("B"));
 }
 

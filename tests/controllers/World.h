@@ -65,13 +65,6 @@ struct ProgramOverFakes {
 
     void openManager() { EXPECT_TRUE(menu.choose("Manage Accounts...")); }
 
-    // The rows above the separator over the fixed items.
-    Texts accountRows() const {
-        Texts rows = menu.shown();
-        rows.erase(std::find(rows.begin(), rows.end(), "-"), rows.end());
-        return rows;
-    }
-
     void press(const std::string& operation) { interfaceFiles.press(operation); }
     FakeWindow& window() { return interfaceFiles.file->manager; }
     FakeTableView& table() { return interfaceFiles.file->accounts; }

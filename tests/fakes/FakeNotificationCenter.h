@@ -2,44 +2,40 @@
 
 #include "platform/NotificationCenter.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace letterloft {
 
-// Delivers, and keeps what was posted.
+// Delivers, and counts what was posted.
 class FakeNotificationCenter final : public NotificationCenter {
 public:
-    struct Post {
-        std::string name;
-        const void* object;
-        bool operator==(const Post&) const = default;
-    };
-
     void addObserver(const std::string& name, const void* object, std::function<void()> handler) override {
-        observers_.push_back({{name, object}, std::move(handler)});
+        observers_.push_back({name, object, std::move(handler)});
     }
 
     void post(const std::string& name, const void* object) override {
-        posts.push_back({name, object});
+        posted_.push_back(name);
         const auto observers = observers_; // a handler may add observers
-        for (const auto& [wanted, handler] : observers) {
-            if (wanted.name == name && (!wanted.object || wanted.object == object)) handler();
-        }
+        for (const Observer& observer : observers)
+            if (observer.name == name && (!observer.object || observer.object == object)) observer.handler();
     }
 
     std::size_t countOf(const std::string& name) const {
-        std::size_t count = 0;
-        for (const Post& post : posts)
-            count += post.name == name ? 1 : 0;
-        return count;
+        return static_cast<std::size_t>(std::count(posted_.begin(), posted_.end(), name));
     }
 
-    std::vector<Post> posts;
-
 private:
-    std::vector<std::pair<Post, std::function<void()>>> observers_;
+    struct Observer {
+        std::string name;
+        const void* object;
+        std::function<void()> handler;
+    };
+
+    std::vector<std::string> posted_;
+    std::vector<Observer> observers_;
 };
 
 } // namespace letterloft

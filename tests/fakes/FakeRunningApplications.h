@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace letterloft {
@@ -15,56 +16,43 @@ namespace letterloft {
 class FakeRunningApplications final : public RunningApplications {
 public:
     struct Instance {
-        std::string name;
         bool refuses = false; // stays, though asked, until the test ends it
         bool hasEnded = false;
     };
 
     explicit FakeRunningApplications(FakeRunLoop& runLoop) : runLoop_{runLoop} {}
 
-    // Starts an instance of the application; the test may set what it does when it is asked to quit.
-    std::shared_ptr<Instance> start(const std::string& applicationPath, const std::string& name) {
-        auto instance = std::make_shared<Instance>();
-        instance->name = name;
-        instances_[applicationPath].push_back(instance);
-        return instance;
-    }
-
-    void end(Instance& instance) {
-        if (instance.hasEnded) return;
-        instance.hasEnded = true;
-        history.push_back("end " + instance.name);
+    // The test may set what the instance does when it is asked to quit.
+    std::shared_ptr<Instance> start(const std::string& applicationPath) {
+        return instances_[applicationPath].emplace_back(std::make_shared<Instance>());
     }
 
     std::vector<std::unique_ptr<RunningApplication>> runningInstances(const std::string& applicationPath) override {
-        history.push_back("look for " + applicationPath);
+        ++looks;
         std::vector<std::unique_ptr<RunningApplication>> running;
-        for (const auto& instance : instances_[applicationPath]) {
-            if (!instance->hasEnded) running.push_back(std::make_unique<Running>(*this, instance));
-        }
+        for (const auto& instance : instances_[applicationPath])
+            if (!instance->hasEnded) running.push_back(std::make_unique<Running>(runLoop_, instance));
         return running;
     }
 
-    std::vector<std::string> history; // "look for PATH", "ask NAME", "end NAME"
+    int looks = 0;
 
 private:
     class Running final : public RunningApplication {
     public:
-        Running(FakeRunningApplications& owner, std::shared_ptr<Instance> instance)
-            : owner_{owner}, instance_{std::move(instance)} {}
+        Running(FakeRunLoop& runLoop, std::shared_ptr<Instance> instance)
+            : runLoop_{runLoop}, instance_{std::move(instance)} {}
 
         void terminate() override {
             assert(!wasAsked_); // once for each one handed out
             wasAsked_ = true;
-            owner_.history.push_back("ask " + instance_->name);
-            if (!instance_->refuses)
-                owner_.runLoop_.events.push_back([&owner = owner_, instance = instance_] { owner.end(*instance); });
+            if (!instance_->refuses) runLoop_.events.push_back([instance = instance_] { instance->hasEnded = true; });
         }
 
         bool isTerminated() override { return instance_->hasEnded; }
 
     private:
-        FakeRunningApplications& owner_;
+        FakeRunLoop& runLoop_;
         std::shared_ptr<Instance> instance_;
         bool wasAsked_ = false;
     };

@@ -1,5 +1,7 @@
-// What only a file can get wrong: damage, links, modes, values of other types, and the order of things on the disk.
+// What only a file can get wrong: damage, links, modes, values of other types, and the order of things on the disk;
+// and the lock beside them.
 
+#include "platform/linux/InstanceLock.h"
 #include "platform/linux/PlistSettingsStore.h"
 #include "platform/linux/PropertyListCheck.h"
 #include "tests/contract/files/ScratchFolders.h"
@@ -223,6 +225,17 @@ TEST_F(SettingsAreRefused, WhereTheyAreNoFileOrTooLarge) {
     fs::resize_file(path_, 1);
     writeFile(previous_, "");
     EXPECT_THAT(tryToLoad().status().sentence(), AllOf(HasSubstr(previous_), HasSubstr("is empty")));
+}
+
+TEST(TheInstanceLock, IsImpossibleWhereALinkIsInItsWay) {
+    const ScratchFolders scratch;
+    const std::string path = scratch.at("Letterloft.lock");
+    FileSystemCalls calls;
+    fs::create_symlink(scratch.at("victim"), path);
+    const InstanceLock planted = InstanceLock::take(calls, path);
+    EXPECT_EQ(planted.outcome(), InstanceLock::Outcome::impossible);
+    EXPECT_THAT(planted.reason(), HasSubstr(path));
+    EXPECT_FALSE(fs::exists(scratch.at("victim")));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 letterloft_test(settings-test
     SOURCES
-        ${CMAKE_CURRENT_LIST_DIR}/InstanceLockTest.cpp
         ${CMAKE_CURRENT_LIST_DIR}/SettingsContractTest.cpp
         ${CMAKE_CURRENT_LIST_DIR}/SettingsFileTest.cpp
         ${CMAKE_CURRENT_LIST_DIR}/SettingsSweep.cpp
