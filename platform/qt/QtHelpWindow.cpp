@@ -2,6 +2,7 @@
 
 #include <QShortcut>
 #include <QTextBrowser>
+#include <QVBoxLayout>
 
 namespace letterloft {
 
@@ -23,15 +24,21 @@ QtHelpWindow::QtHelpWindow(NotificationCenter& notifications) : notifications_{n
 
 void QtHelpWindow::show() {
     if (!window_) {
-        auto browser = std::make_unique<QTextBrowser>();
-        browser->setWindowTitle(QStringLiteral("Letterloft Help"));
-        browser->resize(usualSize);
+        auto widget = std::make_unique<QWidget>();
+        widget->setWindowTitle(QStringLiteral("Letterloft Help"));
+        widget->resize(usualSize);
+        auto* const browser = new QTextBrowser;
+        browser->setAccessibleName(widget->windowTitle());
+        browser->setFrameShape(QFrame::NoFrame);
         browser->document()->setDocumentMargin(marginInPixels);
         makeLinksReadable(*browser, *browser->document());
         browser->setSource(QUrl{QStringLiteral("qrc:/help/index.html")});
-        auto* const close = new QShortcut{QKeySequence{Qt::Key_Escape}, browser.get()};
-        QObject::connect(close, &QShortcut::activated, browser.get(), &QWidget::close);
-        window_ = std::make_unique<QtWindow>(std::move(browser), notifications_);
+        auto* const page = new QVBoxLayout{widget.get()};
+        page->setContentsMargins({});
+        page->addWidget(browser);
+        auto* const close = new QShortcut{QKeySequence{Qt::Key_Escape}, widget.get()};
+        QObject::connect(close, &QShortcut::activated, widget.get(), &QWidget::close);
+        window_ = std::make_unique<QtWindow>(std::move(widget), notifications_);
     }
     window_->makeKeyAndOrderFront();
 }

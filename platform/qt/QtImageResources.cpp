@@ -25,7 +25,8 @@ std::shared_ptr<const Image> QtImageResources::imageNamed(const std::string& nam
         icon.addPixmap(picture);
         icon.addPixmap(picture, QIcon::Disabled); // the current account can't be chosen, and its mark is to be seen
     }
-    return loaded_[name] = std::make_shared<QtImage>(icon);
+    const QString meaning = name == "mailbox" ? QStringLiteral("current account") : QString{};
+    return loaded_[name] = std::make_shared<QtImage>(icon, meaning);
 }
 
 } // namespace letterloft

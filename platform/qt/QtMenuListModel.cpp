@@ -17,6 +17,7 @@ QVariant QtMenuListModel::data(const QModelIndex& index, int role) const {
     const auto shown = item(index);
     if (!shown || shown->isSeparatorItem()) return {};
     if (role == Qt::DisplayRole) return titleOfOneLine(shown->title());
+    if (role == Qt::AccessibleDescriptionRole) return QtImage::meaningOf(shown->image());
     if (role == Qt::DecorationRole) return QtImage::iconOf(shown->image());
     return {};
 }
@@ -24,6 +25,14 @@ QVariant QtMenuListModel::data(const QModelIndex& index, int role) const {
 Qt::ItemFlags QtMenuListModel::flags(const QModelIndex& index) const {
     const auto shown = item(index);
     return shown && shown->action() ? Qt::ItemIsEnabled | Qt::ItemIsSelectable : Qt::NoItemFlags;
+}
+
+QString QtMenuListModel::marks() const {
+    QStringList marks;
+    for (const auto& shown : items_)
+        if (const QString meaning = QtImage::meaningOf(shown->image()); !meaning.isEmpty())
+            marks << titleOfOneLine(shown->title()) + QStringLiteral(": ") + meaning;
+    return marks.join(QStringLiteral(", "));
 }
 
 bool QtMenuListModel::isSeparator(const QModelIndex& index) const {

@@ -15,6 +15,9 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
+    // The rows with an image that says something, and what it says.
+    QString marks() const;
+
     bool isSeparator(const QModelIndex& index) const;
     void choose(const QModelIndex& index);
 

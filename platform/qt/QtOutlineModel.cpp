@@ -68,14 +68,26 @@ QVariant QtOutlineModel::data(const QModelIndex& index, int role) const {
     if (!source_ || !index.isValid() || !rowAt(index)) return {};
     if (role == Qt::DisplayRole || role == Qt::EditRole) return shownText(index);
     if (role == Qt::ToolTipRole) return plainToolTip(shownText(index).toString());
+    if (role == Qt::AccessibleDescriptionRole) return description(index);
     if (role != Qt::CheckStateRole && role != Qt::AccessibleTextRole) return {};
     const auto cellShown = cell(index);
     if (!cellShown || cellShown->kind != Cell::Kind::checkBox) return {};
+    if (role == Qt::AccessibleTextRole) return titles_.value(index.column());
     const CellValue shown = value(index);
     const bool* const ticked = std::get_if<bool>(&shown);
-    if (role == Qt::CheckStateRole) return ticked && *ticked ? Qt::Checked : Qt::Unchecked;
-    // Qt 6.4 tells assistive technology neither name nor state of a check box in a tree.
-    return titles_.value(index.column()) + QLatin1String{ticked && *ticked ? ": checked" : ": not checked"};
+    return ticked && *ticked ? Qt::Checked : Qt::Unchecked;
+}
+
+// The arrow keys go from row to row, and whoever can't see a row's box is told of it; and of a box whose it is.
+QVariant QtOutlineModel::description(const QModelIndex& index) const {
+    if (index.column() > 0)
+        return data(index, Qt::CheckStateRole).isNull() ? QVariant{} : shownText(index.siblingAtColumn(0));
+    for (int column = 1; column < columnCount(); ++column) {
+        const QVariant tick = data(index.siblingAtColumn(column), Qt::CheckStateRole);
+        if (!tick.isNull())
+            return titles_.value(column) + QLatin1String{tick.toInt() == Qt::Checked ? ": checked" : ": not checked"};
+    }
+    return {};
 }
 
 bool QtOutlineModel::setData(const QModelIndex& index, const QVariant& value, int role) {

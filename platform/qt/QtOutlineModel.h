@@ -61,6 +61,7 @@ private:
     std::optional<Cell> cell(const QModelIndex& index) const;
     CellValue value(const QModelIndex& index) const;
     TableColumn* column(const QModelIndex& index) const;
+    QVariant description(const QModelIndex& index) const;
     QVariant shownText(const QModelIndex& index) const;
 
     OutlineView& outline_;

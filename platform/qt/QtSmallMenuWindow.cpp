@@ -102,6 +102,7 @@ void QtSmallMenuWindow::makeWindow() {
     list_->setPalette(withReadableInertRows(list_->palette()));
     list_->setItemDelegate(new MenuRowDelegate{list_});
     list_->setModel(model_.get());
+    list_->setAccessibleDescription(model_->marks());
     list_->installEventFilter(this);
     connect(list_, &QListView::clicked, this, [this](const QModelIndex& index) { model_->choose(index); });
     keepCurrentRow();
@@ -111,13 +112,18 @@ void QtSmallMenuWindow::makeWindow() {
     window_ = std::make_unique<QtWindow>(std::move(widget), notifications_);
 }
 
-// The rows are all new after a change; the keyboard stays where it was.
+// The rows are all new after a change; the keyboard stays where it was. No key leads to a row that can't be chosen, so
+// the list itself says which account is current.
 void QtSmallMenuWindow::keepCurrentRow() {
     connect(model_.get(), &QAbstractItemModel::modelAboutToBeReset, list_, [this] {
         const int row = list_->currentIndex().row();
         connect(
             model_.get(), &QAbstractItemModel::modelReset, list_,
-            [this, row] { list_->setCurrentIndex(model_->index(row)); }, Qt::SingleShotConnection);
+            [this, row] {
+                list_->setCurrentIndex(model_->index(row));
+                list_->setAccessibleDescription(model_->marks());
+            },
+            Qt::SingleShotConnection);
     });
 }
 

@@ -1,5 +1,6 @@
 #include "platform/qt/QtStart.h"
 
+#include "platform/qt/QtAccessibility.h"
 #include "platform/qt/QtText.h"
 #include "storage/Text.h"
 
@@ -43,6 +44,7 @@ std::unique_ptr<QApplication> QtStart::makeApplication(int& argc, char** argv, L
     QCoreApplication::setApplicationName(QStringLiteral("Letterloft"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.letterloft.Letterloft"));
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    QtAccessibility::install();
     return application;
 }
 
