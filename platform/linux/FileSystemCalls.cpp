@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <dirent.h>
+#include <sys/sendfile.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -31,6 +32,8 @@ ssize_t FileSystemCalls::write(int file, const void* buffer, std::size_t size) {
 ssize_t FileSystemCalls::copy_file_range(int from, int to, std::size_t size) {
     return ::copy_file_range(from, nullptr, to, nullptr, size, 0);
 }
+
+ssize_t FileSystemCalls::sendfile(int to, int from, std::size_t size) { return ::sendfile(to, from, nullptr, size); }
 
 off_t FileSystemCalls::lseek(int file, off_t offset, int whence) { return ::lseek(file, offset, whence); }
 

@@ -23,6 +23,7 @@ public:
     virtual ssize_t read(int file, void* buffer, std::size_t size);
     virtual ssize_t write(int file, const void* buffer, std::size_t size);
     virtual ssize_t copy_file_range(int from, int to, std::size_t size);
+    virtual ssize_t sendfile(int to, int from, std::size_t size);
     virtual off_t lseek(int file, off_t offset, int whence);
     virtual int ftruncate(int file, off_t size);
     virtual int fsync(int file);

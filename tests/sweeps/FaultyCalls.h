@@ -63,6 +63,9 @@ public:
     ssize_t copy_file_range(int from, int to, std::size_t size) override {
         return strikes("write") ? -1 : FileSystemCalls::copy_file_range(from, to, cut(size));
     }
+    ssize_t sendfile(int to, int from, std::size_t size) override {
+        return strikes("write") ? -1 : FileSystemCalls::sendfile(to, from, cut(size));
+    }
     off_t lseek(int file, off_t offset, int whence) override {
         return strikes("") ? -1 : FileSystemCalls::lseek(file, offset, whence);
     }

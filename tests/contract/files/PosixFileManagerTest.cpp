@@ -39,6 +39,10 @@ public:
         if (beforeContents) beforeContents();
         return FileSystemCalls::copy_file_range(from, to, size);
     }
+    ssize_t sendfile(int to, int from, std::size_t size) override {
+        if (beforeContents) beforeContents();
+        return FileSystemCalls::sendfile(to, from, size);
+    }
     ssize_t read(int file, void* buffer, std::size_t size) override {
         if (beforeContents) beforeContents();
         return FileSystemCalls::read(file, buffer, size);
