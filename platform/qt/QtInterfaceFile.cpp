@@ -59,22 +59,18 @@ void QtInterfaceFile::connectViews() {
 }
 
 void QtInterfaceFile::wireControls(const InterfaceFiles::Actions& actions) {
-    const auto actionFor = [&actions](const QObject& control) {
-        const auto found = actions.find(fromQt(control.property("operation").toString()));
-        return found == actions.end() ? Action{} : found->second;
+    const auto wire = [&actions](auto* control, auto used) {
+        const auto found = actions.find(fromQt(control->property("operation").toString()));
+        if (found == actions.end()) return;
+        QObject::connect(control, used, control, [control, action = found->second] {
+            QtControlSender sender{*control};
+            action(&sender);
+        });
     };
     for (auto* const button : window_.widget().findChildren<QAbstractButton*>())
-        if (const Action action = actionFor(*button))
-            QObject::connect(button, &QAbstractButton::clicked, button, [button, action] {
-                QtControlSender sender{*button};
-                action(&sender);
-            });
+        wire(button, &QAbstractButton::clicked);
     for (auto* const key : window_.widget().findChildren<QAction*>())
-        if (const Action action = actionFor(*key))
-            QObject::connect(key, &QAction::triggered, key, [key, action] {
-                QtControlSender sender{*key};
-                action(&sender);
-            });
+        wire(key, &QAction::triggered);
 }
 
 std::unique_ptr<InterfaceFile> QtInterfaceFiles::load(const std::string& name, const Actions& actions) {
