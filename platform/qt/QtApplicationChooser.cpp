@@ -1,15 +1,14 @@
 #include "platform/qt/QtApplicationChooser.h"
 
-#include "platform/qt/QtFileChooser.h"
 #include "platform/qt/QtKeySelection.h"
 #include "platform/qt/QtText.h"
+#include "platform/qt/QtWindow.h"
 
 #include <QCollator>
 #include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QScreen>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
@@ -49,7 +48,7 @@ bool isApplication(const QFileInfo& entry) {
 
 } // namespace
 
-QtApplicationChooser::QtApplicationChooser(const Wanted& wanted,
+QtApplicationChooser::QtApplicationChooser(const QtFileChooser::Wanted& wanted,
                                            const std::vector<InstalledApplications::Application>& applications)
     : wanted_{wanted},
       search_{new QLineEdit},
@@ -66,10 +65,6 @@ QtApplicationChooser::QtApplicationChooser(const Wanted& wanted,
 
 void QtApplicationChooser::layOut() {
     setWindowTitle(wanted_.message);
-    auto* const message = new QLabel;
-    message->setTextFormat(Qt::PlainText);
-    message->setWordWrap(true);
-    message->setText(wanted_.message);
     search_->setPlaceholderText(tr("Search"));
     search_->setAccessibleName(tr("Search applications"));
     search_->setClearButtonEnabled(true);
@@ -87,7 +82,7 @@ void QtApplicationChooser::layOut() {
     connect(buttons, &QDialogButtonBox::rejected, this, &QtApplicationChooser::reject);
     connect(browseButton, &QPushButton::clicked, this, &QtApplicationChooser::browse);
     auto* const column = new QVBoxLayout{this};
-    for (QWidget* const widget : std::initializer_list<QWidget*>{message, search_, list_, buttons})
+    for (QWidget* const widget : std::initializer_list<QWidget*>{plainLabel(wanted_.message), search_, list_, buttons})
         column->addWidget(widget);
     confirm_->setDefault(true); // after it has come into the dialog, or another button would be the default one
     resize(sizeHint().expandedTo({440, 420}));
@@ -134,9 +129,9 @@ void QtApplicationChooser::accept() {
 }
 
 void QtApplicationChooser::browse() {
-    auto* const chooser = new QtFileChooser{{wanted_.prompt, wanted_.message, wanted_.folder, isApplication}};
+    auto* const chooser = new QtFileChooser{wanted_, isApplication};
     chooser->setParent(this, Qt::Sheet);
-    chooser->resize(chooser->size().boundedTo(screen()->availableGeometry().size() * 0.95));
+    chooser->resize(chooser->size().boundedTo(QtWindow::roomFor(*this)));
     chooser->setAttribute(Qt::WA_DeleteOnClose);
     connect(chooser, &QDialog::accepted, this, [this, chooser] {
         chosen_ = chooser->chosen();

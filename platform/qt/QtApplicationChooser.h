@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/InstalledApplications.h"
+#include "platform/qt/QtFileChooser.h"
 
 #include <QDialog>
 #include <QLineEdit>
@@ -15,13 +16,9 @@ namespace letterloft {
 // entry, a bundle, an AppImage or another executable.
 class QtApplicationChooser final : public QDialog {
 public:
-    struct Wanted {
-        QString prompt;  // the confirm button's title, plain
-        QString message; // plain
-        QString folder;  // where browsing starts; home if that is no folder
-    };
-
-    QtApplicationChooser(const Wanted& wanted, const std::vector<InstalledApplications::Application>& applications);
+    // What is wanted is said as to the chooser to browse with, which starts in that folder.
+    QtApplicationChooser(const QtFileChooser::Wanted& wanted,
+                         const std::vector<InstalledApplications::Application>& applications);
 
     // Absolute; empty until the dialog was accepted.
     QString chosen() const { return chosen_; }
@@ -37,7 +34,7 @@ private:
     void search(const QString& text);
     void browse();
 
-    Wanted wanted_;
+    QtFileChooser::Wanted wanted_;
     QLineEdit* search_;
     QListWidget* list_;
     QPushButton* confirm_;

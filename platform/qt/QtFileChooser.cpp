@@ -13,6 +13,7 @@
 
 #include <filesystem>
 #include <sys/stat.h>
+#include <utility>
 
 namespace letterloft {
 
@@ -42,14 +43,6 @@ bool leavesOutEntries(const QString& folder) {
     return false;
 }
 
-QLabel* plainLabel(const QString& text) {
-    auto* const label = new QLabel;
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    label->setText(text);
-    return label;
-}
-
 } // namespace
 
 QVariant QtFileChooser::Entries::data(const QModelIndex& index, int role) const {
@@ -58,8 +51,8 @@ QVariant QtFileChooser::Entries::data(const QModelIndex& index, int role) const 
     return QFileSystemModel::data(index, role);
 }
 
-QtFileChooser::QtFileChooser(const Wanted& wanted)
-    : canChoose_{wanted.canChoose},
+QtFileChooser::QtFileChooser(const Wanted& wanted, Filter canChoose)
+    : canChoose_{std::move(canChoose)},
       location_{new QLineEdit},
       up_{new QPushButton{tr("&Up")}},
       entries_{new QTreeView},

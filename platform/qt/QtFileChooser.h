@@ -23,12 +23,12 @@ public:
         QString prompt;  // the confirm button's title, plain
         QString message; // plain
         QString folder;  // where it starts; home if that is no folder
-
-        // Whether that entry can be chosen. Folders can be entered in any case.
-        std::function<bool(const QFileInfo& entry)> canChoose;
     };
 
-    explicit QtFileChooser(const Wanted& wanted);
+    // Whether that entry can be chosen. Folders can be entered in any case.
+    using Filter = std::function<bool(const QFileInfo& entry)>;
+
+    QtFileChooser(const Wanted& wanted, Filter canChoose);
 
     // Absolute; empty until the dialog was accepted.
     QString chosen() const { return chosen_; }
@@ -67,7 +67,7 @@ private:
     QString selectedPath() const;
     QString wantedPath() const; // what the confirm button takes; empty if nothing
 
-    std::function<bool(const QFileInfo&)> canChoose_;
+    Filter canChoose_;
     QFileIconProvider icons_; // outlives the model
     Entries model_;
     QLineEdit* location_;

@@ -1,7 +1,6 @@
 #include "platform/qt/QtOpenPanel.h"
 
 #include "platform/qt/QtApplicationChooser.h"
-#include "platform/qt/QtFileChooser.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/QtWindow.h"
 
@@ -12,24 +11,21 @@
 
 namespace letterloft {
 
-void QtOpenPanel::setPrompt(const std::string& prompt) { prompt_ = toQt(prompt); }
+void QtOpenPanel::setPrompt(const std::string& prompt) { wanted_.prompt = toQt(prompt); }
 
-void QtOpenPanel::setMessage(const std::string& message) { message_ = toQt(message); }
+void QtOpenPanel::setMessage(const std::string& message) { wanted_.message = toQt(message); }
 
-void QtOpenPanel::setDirectoryURL(const std::string& folder) { folder_ = toQt(folder); }
+void QtOpenPanel::setDirectoryURL(const std::string& folder) { wanted_.folder = toQt(folder); }
 
 void QtOpenPanel::beginSheetModalForWindow(Window& window, std::function<void(int result)> handler) {
-    if (std::find(types_.begin(), types_.end(), "app") != types_.end()) {
-        const QtApplicationChooser::Wanted wanted{prompt_, message_, folder_};
-        return begin(std::make_unique<QtApplicationChooser>(wanted, applications_.all()), window, std::move(handler));
-    }
+    if (std::find(types_.begin(), types_.end(), "app") != types_.end())
+        return begin(std::make_unique<QtApplicationChooser>(wanted_, applications_.all()), window, std::move(handler));
     const auto canChoose = [types = types_, files = canChooseFiles_,
                             folders = canChooseDirectories_](const QFileInfo& entry) {
         const bool fits = types.empty() || std::find(types.begin(), types.end(), fromQt(entry.suffix())) != types.end();
         return fits && (entry.isDir() ? folders : files);
     };
-    begin(std::make_unique<QtFileChooser>(QtFileChooser::Wanted{prompt_, message_, folder_, canChoose}), window,
-          std::move(handler));
+    begin(std::make_unique<QtFileChooser>(wanted_, canChoose), window, std::move(handler));
 }
 
 template <typename Chooser>

@@ -2,8 +2,7 @@
 
 #include "platform/OpenPanel.h"
 #include "platform/linux/InstalledApplications.h"
-
-#include <QString>
+#include "platform/qt/QtFileChooser.h"
 
 #include <memory>
 
@@ -28,12 +27,10 @@ private:
     void begin(std::unique_ptr<Chooser> chooser, Window& window, std::function<void(int result)> handler);
 
     const InstalledApplications& applications_;
-    QString prompt_;
-    QString message_;
+    QtFileChooser::Wanted wanted_;
     std::vector<std::string> types_;
     bool canChooseFiles_ = true;
     bool canChooseDirectories_ = false;
-    QString folder_;
     std::vector<std::string> urls_;
 };
 

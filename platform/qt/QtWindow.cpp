@@ -9,13 +9,6 @@
 
 namespace letterloft {
 
-namespace {
-
-// Leaves some for the frame and the title bar.
-QSize roomFor(const QWidget& window) { return window.screen()->availableGeometry().size() * 0.95; }
-
-} // namespace
-
 QtWindow::QtWindow(std::unique_ptr<QWidget> widget, NotificationCenter& notifications)
     : widget_{std::move(widget)}, notifications_{notifications} {
     widget_->installEventFilter(this);
@@ -61,6 +54,8 @@ void QtWindow::endSheet() {
     sheet->hide();
     sheet->deleteLater();
 }
+
+QSize QtWindow::roomFor(const QWidget& window) { return window.screen()->availableGeometry().size() * 0.95; }
 
 void QtWindow::beforeClosing(std::function<void()> handler) { beforeClosing_.push_back(std::move(handler)); }
 

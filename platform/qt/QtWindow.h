@@ -27,6 +27,9 @@ public:
 
     QWidget& widget() { return *widget_; }
 
+    // How large a window on the same screen may be: leaves some for its frame and title bar.
+    static QSize roomFor(const QWidget& window);
+
     // Runs before each closing and before the end of the program, for what must not outlast the window.
     void beforeClosing(std::function<void()> handler);
 
