@@ -1,11 +1,11 @@
 # The real program on a display, session bus and home of its own for each case; every group makes its own, so that groups
 # may run at the same time.
-foreach(group Start Settings Switch Disks FullDisk Ending StatusBar Names Accounts Applications Reset OpenQuestion ScreenReader)
+foreach(group Start Settings Switch Disks FullDisk Ending StatusBar Names Tour Sheets)
     string(TOLOWER ${group} file)
     string(REPLACE ending switch file ${file})
     string(REPLACE fulldisk disks file ${file})
     string(REPLACE names statusbar file ${file})
-    string(REGEX REPLACE "accounts|applications|reset|openquestion|screenreader" manager file ${file})
+    string(REGEX REPLACE "tour|sheets" manager file ${file})
     add_test(NAME Desktop.${group}
         COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_LIST_DIR}/test_${file}.py -v ${group})
     set_tests_properties(Desktop.${group} PROPERTIES TIMEOUT 600 LABELS desktop ENVIRONMENT
