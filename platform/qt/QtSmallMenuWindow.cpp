@@ -1,6 +1,8 @@
 #include "platform/qt/QtSmallMenuWindow.h"
 
+#include "platform/qt/QtFocusFrame.h"
 #include "platform/qt/QtReadablePalette.h"
+#include "platform/qt/QtText.h"
 
 #include <QKeyEvent>
 #include <QPainter>
@@ -91,19 +93,18 @@ void QtSmallMenuWindow::makeWindow() {
     auto widget = std::make_unique<QWidget>();
     widget->setWindowTitle(QStringLiteral("Letterloft"));
     widget->resize(usualSize);
-    why_ = new QLabel;
-    why_->setTextFormat(Qt::PlainText);
-    why_->setWordWrap(true);
+    why_ = plainLabel({});
     model_ = std::make_unique<QtMenuListModel>(menu_);
     list_ = new QListView;
     list_->setAccessibleName(QStringLiteral("Letterloft Menu"));
     list_->setUniformItemSizes(true);
     list_->setIconSize(markSize);
-    list_->setPalette(withReadableInertRows(list_->palette()));
+    list_->setPalette(withReadablePaleTexts(list_->palette()));
     list_->setItemDelegate(new MenuRowDelegate{list_});
     list_->setModel(model_.get());
     list_->setAccessibleDescription(model_->marks());
     list_->installEventFilter(this);
+    new QtFocusFrame{*list_}; // owned by the list
     connect(list_, &QListView::clicked, this, [this](const QModelIndex& index) { model_->choose(index); });
     keepCurrentRow();
     auto* const layout = new QVBoxLayout{widget.get()};
