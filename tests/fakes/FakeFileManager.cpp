@@ -35,9 +35,7 @@ FakeFileManager::FakeFileManager(std::string theHome) : home{std::move(theHome)}
     protectedPaths = {supportFolder(home), home + "/.config/letterloft/settings.plist"};
 }
 
-bool FakeFileManager::fails(const std::string& path) const {
-    return operations == failingOperation || failingPaths.contains(tidied(path));
-}
+bool FakeFileManager::begins() const { return ++operations != failingOperation; }
 
 bool FakeFileManager::fileExists(const std::string& path) const { return isPath(path) && tree.contains(tidied(path)); }
 
@@ -45,7 +43,7 @@ bool FakeFileManager::folderExists(const std::string& path) const { return fileE
 
 Status FakeFileManager::createFolder(const std::string& path) {
     if (!isPath(path)) return failure("Can't make", path, "no path");
-    if (++operations; fails(path)) return failure("Can't make", path, "no space left");
+    if (!begins()) return failure("Can't make", path, "no space left");
     for (std::string at = tidied(path); at != "/"; at = parentOf(at))
         if (textAt(at)) return failure("Can't make", path, at + " is not a folder");
     addFolder(path);
@@ -54,7 +52,7 @@ Status FakeFileManager::createFolder(const std::string& path) {
 
 Result<std::vector<std::string>> FakeFileManager::contentsOfFolder(const std::string& path) const {
     if (!isPath(path)) return failure("Can't list", path, "no path");
-    if (++operations; fails(path)) return failure("Can't list", path, "input/output error");
+    if (!begins()) return failure("Can't list", path, "input/output error");
     if (!folderExists(path)) return failure("Can't list", path, "no such folder");
     std::vector<std::string> names;
     for (const auto& [at, contents] : tree)
@@ -64,7 +62,7 @@ Result<std::vector<std::string>> FakeFileManager::contentsOfFolder(const std::st
 
 Status FakeFileManager::moveItem(const std::string& from, const std::string& to) {
     if (!isPath(from) || !isPath(to)) return failure("Can't move", from + "\" to \"" + to, "no path");
-    if (++operations; fails(from) || fails(to)) return failure("Can't move", from, "input/output error");
+    if (!begins()) return failure("Can't move", from, "input/output error");
     const std::string source = tidied(from);
     const std::string destination = tidied(to);
     if (!fileExists(source)) return failure("Can't move", from, "it is not there");
@@ -83,16 +81,11 @@ Status FakeFileManager::moveItem(const std::string& from, const std::string& to)
 
 Status FakeFileManager::removeItem(const std::string& path) {
     if (!isPath(path)) return failure("Can't remove", path, "no path");
-    if (++operations; fails(path)) return failure("Can't remove", path, "access denied");
+    if (!begins()) return failure("Can't remove", path, "access denied");
     const std::string top = tidied(path);
     if (!fileExists(top)) return failure("Can't remove", path, "it is not there");
     if (top == "/" || top == home) return failure("Can't remove", path, "it holds everything");
-    for (auto it = tree.end(); it != tree.begin();) { // backwards: what a folder holds goes before the folder
-        --it;
-        if (!isAtOrBelow(it->first, top)) continue;
-        if (failingPaths.contains(it->first)) return failure("Can't remove", it->first, "access denied");
-        it = tree.erase(it);
-    }
+    erase(top);
     return Status::ok();
 }
 

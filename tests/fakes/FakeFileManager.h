@@ -35,12 +35,11 @@ public:
 
     std::map<std::string, std::optional<std::string>> tree{{"/", {}}}; // a folder has no contents
     std::set<std::string> protectedPaths;                              // neither they nor what holds them is moved
-    std::set<std::string> failingPaths; // operations on them fail; what can be removed before them is removed
     mutable int operations = 0;
     int failingOperation = 0; // the one operation that fails; 0 for none
 
 private:
-    bool fails(const std::string& path) const; // an operation that has begun
+    bool begins() const; // counts an operation, and says whether it does not fail
 
     std::string home;
 };
