@@ -18,7 +18,7 @@ protected:
 class FakeKind : public testing::Test {
 protected:
     std::string application() { return "/opt/mailer"; }
-    void startInstance(const std::string& path) { fake_.start(path, "mailer"); }
+    void startInstance(const std::string& path) { fake_.start(path); }
     std::vector<std::unique_ptr<RunningApplication>> list(const std::string& path) {
         return fake_.runningInstances(path);
     }
