@@ -43,6 +43,10 @@ int FileSystemCalls::fsync(int file) { return ::fsync(file); }
 
 int FileSystemCalls::syncfs(int file) { return ::syncfs(file); }
 
+int FileSystemCalls::sync_file_range(int file, off_t offset, off_t size, unsigned flags) {
+    return ::sync_file_range(file, offset, size, flags);
+}
+
 void FileSystemCalls::sync() { ::sync(); }
 
 int FileSystemCalls::mkdirat(int folder, const char* name, mode_t mode) { return ::mkdirat(folder, name, mode); }

@@ -28,6 +28,7 @@ public:
     virtual int ftruncate(int file, off_t size);
     virtual int fsync(int file);
     virtual int syncfs(int file);
+    virtual int sync_file_range(int file, off_t offset, off_t size, unsigned flags);
     virtual void sync();
     virtual int mkdirat(int folder, const char* name, mode_t mode);
     virtual int mknodat(int folder, const char* name, mode_t mode);

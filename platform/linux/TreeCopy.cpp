@@ -66,6 +66,7 @@ TreeCopy::TreeCopy(Log& log, FileSystemCalls& calls, CopyProgress& progress, Cop
       items_{items},
       trail_{calls},
       contents_{calls, [this](std::uint64_t bytes) { progress_.progressed(bytes_ += bytes); }},
+      unwritten_{calls},
       likelyMode_{madeWith},
       umask_{currentUmask()} {}
 
@@ -75,7 +76,9 @@ Status TreeCopy::run(const ItemPlace& from, const ItemPlace& to) {
     to_ = &to;
     walk_ = &walk;
     attributes_ = &attributes;
-    return walk.run(from.folder, from.name, *this);
+    if (Status copied = walk.run(from.folder, from.name, *this); !copied) return copied;
+    return unwritten_.closeAll() == 0 ? Status::ok()
+                                      : systemFailure("the copies in %@ can't be written", to.folderPath);
 }
 
 Status TreeCopy::visit(int folder, const TreeEntry& entry) {
@@ -131,11 +134,11 @@ Status TreeCopy::copyFile(const TreeEntry& entry, int original) {
     if (!info) return info.status();
     if (top) attributes_->removeInherited(copy.get());
     const mode_t made = top ? S_IRWXU : asked & ~umask_;
-    if (attributes_->copy(original, copy.get(), *info, made) != 0 || copy.close() != 0) return failed(entry);
+    if (attributes_->copy(original, copy.get(), *info, made) != 0) return failed(entry);
     // Attributes can't be given to what may not be written to.
     likelyMode_ = (info->stx_mode & madeWith) == madeWith ? info->stx_mode & 0777u : madeWith;
     items_.markCopied(*info);
-    return Status::ok();
+    return unwritten_.add(std::move(copy)) == 0 ? Status::ok() : failed(entry);
 }
 
 // Copies the contents as they were at one moment: if the file has changed since it was last looked at, which is when it

@@ -7,6 +7,7 @@
 #include "platform/linux/FileAttributes.h"
 #include "platform/linux/FileContents.h"
 #include "platform/linux/TreeWalk.h"
+#include "platform/linux/UnwrittenCopies.h"
 
 #include <string>
 
@@ -57,6 +58,7 @@ private:
     const TreeWalk* walk_ = nullptr;
     FolderTrail trail_;
     FileContents contents_;
+    UnwrittenCopies unwritten_;
     FileAttributes* attributes_ = nullptr;
     std::uint64_t bytes_ = 0;
 

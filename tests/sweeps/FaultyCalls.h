@@ -74,6 +74,9 @@ public:
     }
     int fsync(int file) override { return strikes("fsync") ? -1 : syncs ? FileSystemCalls::fsync(file) : 0; }
     int syncfs(int file) override { return strikes("syncfs") ? -1 : syncs ? FileSystemCalls::syncfs(file) : 0; }
+    int sync_file_range(int file, off_t offset, off_t size, unsigned flags) override {
+        return strikes("") ? -1 : syncs ? FileSystemCalls::sync_file_range(file, offset, size, flags) : 0;
+    }
     void sync() override {
         strikes("sync");
         if (syncs) FileSystemCalls::sync();
