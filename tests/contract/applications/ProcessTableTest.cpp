@@ -26,6 +26,12 @@ protected:
     }
 
     ProcessTable table() const { return ProcessTable{::getuid(), desktop.home() + "/proc"}; }
+
+    auto search(const std::string& applicationPath, const ProcessTable& read) {
+        XWindows windows;
+        return InstanceSearch{ApplicationMatcher{ApplicationEntry::at(applicationPath)}, read, bus, windows}
+            .instances();
+    }
 };
 
 TEST_F(Table, LeavesOutWhatIsNotWholeAndReadsOn) {
@@ -100,10 +106,8 @@ TEST_F(Table, TellsWhatRunsInASandbox) {
     };
     EXPECT_EQ(run("flatpak run --branch=stable org.example.Mail"), std::set<pid_t>{11});
     EXPECT_EQ(run("env A=/b snap run mail.desktop"), std::set<pid_t>{20});
-    XWindows windows;
-    const ApplicationMatcher flatpak{ApplicationEntry::at(entry("mail", "flatpak run org.example.Mail"))};
     const ProcessTable read = table();
-    const auto found = InstanceSearch{flatpak, read, bus, windows}.instances();
+    const auto found = search(entry("mail", "flatpak run org.example.Mail"), read);
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].program, read.find(11));
     EXPECT_EQ(found[0].proxies, std::vector<pid_t>{10});
@@ -118,10 +122,8 @@ TEST_F(Table, TellsWhatMayNotBeLookedIntoByItsName) {
     desktop.write("proc/10/cmdline", browser + '\0');
     desktop.write("proc/11/cmdline", program("bin/sandbox") + '\0');
     desktop.write("proc/12/cmdline", browser + '\0' + "--page" + '\0');
-    const ApplicationMatcher matcher{ApplicationEntry::at(browser)};
     const ProcessTable read = table();
-    XWindows windows;
-    const auto found = InstanceSearch{matcher, read, bus, windows}.instances();
+    const auto found = search(browser, read);
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].program, read.find(10));
 }

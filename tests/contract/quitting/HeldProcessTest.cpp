@@ -59,11 +59,8 @@ TEST_F(Held, HasNotEndedForWantOfADescriptor) {
 
 TEST_F(Held, TellsWhatSigtermWouldDo) {
     using Effect = HeldProcess::SigtermEffect;
-    const std::vector<std::pair<std::string, Effect>> cases = {{"default", Effect::deadly},
-                                                               {"handle", Effect::handled},
-                                                               {"block", Effect::handled},
-                                                               {"ignore", Effect::ignored}};
-    for (const auto& [reaction, effect] : cases) {
+    for (const auto& [reaction, effect] : {std::pair{"default", Effect::deadly}, std::pair{"handle", Effect::handled},
+                                           std::pair{"block", Effect::handled}, std::pair{"ignore", Effect::ignored}}) {
         Started started = start(reaction);
         EXPECT_EQ(held(started).sigtermEffect(), effect) << reaction;
     }

@@ -2,17 +2,21 @@
 #include "tests/contract/quitting/Desktop.h"
 #include "tests/fakes/FakeLog.h"
 
-#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace letterloft {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::HasSubstr;
 
 namespace {
 
@@ -28,11 +32,9 @@ protected:
         reports = open(fifo.c_str(), O_RDWR | O_CLOEXEC); // for writing too, so that it never ends
         reporter = desktop.write("my programs/reporter", R"(#!/usr/bin/python3
 import os, signal, sys
-descriptors = []
-for number in os.listdir("/proc/self/fd"):
-    if os.path.exists("/proc/self/fd/" + number):  # which that of the list itself does no more
-        descriptors.append(f"descriptor {number} " + os.readlink("/proc/self/fd/" + number))
-lines = [f"pid {os.getpid()}", *descriptors, "session " + ("own" if os.getsid(0) == os.getpid() else "shared"),
+descriptors = ["/proc/self/fd/" + number for number in os.listdir("/proc/self/fd")]
+open_files = [os.readlink(one) for one in descriptors if os.path.exists(one)]  # that of the list itself is gone
+lines = [f"pid {os.getpid()}", " ".join(open_files), "session " + ("own" if os.getsid(0) == os.getpid() else "shared"),
          "mark " + os.environ.get("GIO_LAUNCHED_DESKTOP_FILE_PID", "none")]
 lines += ["argument " + argument for argument in sys.argv[1:]] + ["ready"]
 print(*lines, sep="\n", flush=True, file=open(")" + fifo + R"(", "w"))
@@ -65,27 +67,17 @@ signal.pause()
         return seen;
     }
 
-    bool reported(const std::string& line) const { return std::find(seen.begin(), seen.end(), line) != seen.end(); }
-
     std::string pidReported() const { return seen.empty() ? "" : seen.front().substr(4); }
 
     void expectDetached() {
-        EXPECT_TRUE(reported("session own"));
-        for (const char* stream : {"0", "1", "2"}) {
-            EXPECT_TRUE(reported(std::string{"descriptor "} + stream + " /dev/null")) << stream;
-        }
-        const auto descriptors = std::count_if(
-            seen.begin(), seen.end(), [](const std::string& line) { return line.rfind("descriptor ", 0) == 0; });
-        EXPECT_EQ(descriptors, 3);
+        EXPECT_THAT(seen, AllOf(Contains("session own"), Contains("/dev/null /dev/null /dev/null")));
         EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1); // it is no child of ours, and nothing is left to be reaped
     }
 
     void expectRefused(const std::string& path, const std::string& reason) {
         log.lines.clear();
         EXPECT_FALSE(launcher.launchApplication(path)) << path;
-        ASSERT_EQ(log.lines.size(), 1U) << path;
-        EXPECT_NE(log.lines.front().find(path), std::string::npos) << log.lines.front();
-        EXPECT_NE(log.lines.front().find(reason), std::string::npos) << log.lines.front();
+        EXPECT_THAT(log.lines, testing::ElementsAre(AllOf(HasSubstr(path), HasSubstr(reason))));
     }
 
     Desktop desktop;
@@ -107,11 +99,10 @@ TEST_F(LaunchOfEntry, FillsTheFieldCodesAndDetachesTheProgram) {
     const std::string path = entry(reportingExec("\"two words\" %u %% --name %c %k"));
     ASSERT_TRUE(launcher.launchApplication(path));
     reportUntil("ready");
-    const std::vector<std::string> arguments = {"two words", "%", "--name", "The Tester", path};
-    for (const std::string& argument : arguments)
-        EXPECT_TRUE(reported("argument " + argument)) << argument;
-    EXPECT_FALSE(reported("argument %u"));
-    EXPECT_TRUE(reported("mark " + pidReported()));
+    EXPECT_THAT(seen, testing::IsSupersetOf({"mark " + pidReported(), std::string{"argument two words"},
+                                             std::string{"argument %"}, std::string{"argument --name"},
+                                             std::string{"argument The Tester"}, "argument " + path}));
+    EXPECT_THAT(seen, testing::Not(Contains("argument %u")));
     expectDetached();
     close(leak);
 }
@@ -124,7 +115,7 @@ TEST_F(LaunchOfEntry, InATerminalOnlyIfThereIsOne) {
     desktop.write("bin/xterm", "#!/bin/sh\nshift\nexec \"$@\" in-terminal\n", 0700);
     ASSERT_TRUE(launcher.launchApplication(path));
     reportUntil("ready");
-    EXPECT_TRUE(reported("argument in-terminal"));
+    EXPECT_THAT(seen, Contains("argument in-terminal"));
     setenv("PATH", formerPath.c_str(), 1);
 }
 
@@ -176,10 +167,8 @@ TEST_F(LaunchOfEntry, AsksForAScopeOfItsOwn) {
     std::string request;
     while (request.find("]") == std::string::npos) // of the PIDs
         request += monitor.line();
-    EXPECT_NE(request.find("\"app-letterloft-org.letterloft.Test\\x2der-" + pidReported() + ".scope\""),
-              std::string::npos)
-        << request;
-    EXPECT_NE(request.find("uint32 " + pidReported() + " "), std::string::npos) << request;
+    EXPECT_THAT(request, HasSubstr("\"app-letterloft-org.letterloft.Test\\x2der-" + pidReported() + ".scope\""));
+    EXPECT_THAT(request, HasSubstr("uint32 " + pidReported() + " "));
 }
 
 using LaunchOfFile = Launching;
@@ -191,7 +180,7 @@ TEST_F(LaunchOfFile, StartsAnExecutableOrTheOneOfABundleWithoutOurLaunchMark) {
     for (const std::string& path : {reporter, desktop.home() + "/Tester.app"}) {
         ASSERT_TRUE(launcher.launchApplication(path));
         reportUntil("ready");
-        EXPECT_TRUE(reported("mark none"));
+        EXPECT_THAT(seen, Contains("mark none"));
         expectDetached();
         kill(std::stoi(pidReported()), SIGKILL);
         seen.clear();
