@@ -1,6 +1,8 @@
 #include "platform/qt/QtApplicationChooser.h"
 
+#include "platform/qt/QtFocusFrame.h"
 #include "platform/qt/QtKeySelection.h"
+#include "platform/qt/QtReadablePalette.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/QtWindow.h"
 
@@ -70,7 +72,9 @@ void QtApplicationChooser::layOut() {
     search_->setClearButtonEnabled(true);
     list_->setAccessibleName(tr("Installed applications"));
     list_->setItemDelegate(new AlignedIcons{list_});
-    new QtKeySelection{*list_}; // owned by the list
+    new QtKeySelection{*list_}; // owned by the list, as the next one
+    new QtFocusFrame{*list_};
+    search_->setPalette(withReadablePaleTexts(search_->palette()));
     list_->setIconSize({24, 24});
     list_->setUniformItemSizes(true);
     auto* const buttons = new QDialogButtonBox;

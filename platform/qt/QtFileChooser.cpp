@@ -1,6 +1,7 @@
 #include "platform/qt/QtFileChooser.h"
 
 #include "platform/qt/QtCellDelegate.h"
+#include "platform/qt/QtFocusFrame.h"
 #include "platform/qt/QtKeySelection.h"
 #include "platform/qt/QtText.h"
 #include "storage/Text.h"
@@ -89,8 +90,9 @@ void QtFileChooser::layOut(const Wanted& wanted) {
     entries_->setSortingEnabled(true);
     entries_->sortByColumn(0, Qt::AscendingOrder);
     entries_->setTextElideMode(Qt::ElideMiddle);
-    new QtCellDelegate{*entries_}; // owned by the view, as the next one
+    new QtCellDelegate{*entries_}; // owned by the view, as the next two
     new QtKeySelection{*entries_};
+    new QtFocusFrame{*entries_};
     entries_->header()->setStretchLastSection(false);
     entries_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     entries_->header()->setSectionResizeMode(0, QHeaderView::Stretch);

@@ -1,5 +1,6 @@
 #include "platform/qt/QtOutlineView.h"
 
+#include "platform/qt/QtFocusFrame.h"
 #include "platform/qt/QtKeySelection.h"
 #include "platform/qt/QtOutlineState.h"
 #include "platform/qt/QtText.h"
@@ -10,7 +11,8 @@ QtOutlineView::QtOutlineView(QtOutlineWidget& widget) : widget_{widget}, cells_{
     makeColumns();
     model_ = std::make_unique<QtOutlineModel>(*this, tableColumns(), widget.property("columnTitles").toStringList());
     widget_.setModel(model_.get());
-    new QtKeySelection{widget_}; // owned by the widget
+    new QtKeySelection{widget_}; // owned by the widget, as the next one
+    new QtFocusFrame{widget_};
     const auto widths = widget.property("columnWidths").toStringList();
     for (std::size_t section = 0; section < columns_.size(); ++section) {
         const double width = widths.value(static_cast<int>(section)).toDouble();

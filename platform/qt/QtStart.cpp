@@ -1,6 +1,7 @@
 #include "platform/qt/QtStart.h"
 
 #include "platform/qt/QtAccessibility.h"
+#include "platform/qt/QtReadablePalette.h"
 #include "platform/qt/QtText.h"
 #include "storage/Text.h"
 
@@ -45,6 +46,7 @@ std::unique_ptr<QApplication> QtStart::makeApplication(int& argc, char** argv, L
     QGuiApplication::setDesktopFileName(QStringLiteral("org.letterloft.Letterloft"));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QtAccessibility::install();
+    QApplication::setPalette(withReadableSelection(QApplication::palette()));
     return application;
 }
 

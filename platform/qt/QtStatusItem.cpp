@@ -111,7 +111,7 @@ void QtStatusItem::popUpMenu() {
     if (QGuiApplication::platformName() != QLatin1String{"xcb"}) return showMenuElsewhere_();
     if (!popup_) {
         popup_ = std::make_unique<QtMenuView>(*menu_);
-        popup_->widget().setPalette(withReadableInertRows(popup_->widget().palette()));
+        popup_->widget().setPalette(withReadablePaleTexts(popup_->widget().palette()));
         connect(&popup_->widget(), &QMenu::aboutToShow, this, [this] { menuOpened(true); });
         connect(&popup_->widget(), &QMenu::aboutToHide, this, [this] { menuClosed(); });
     }

@@ -1,5 +1,6 @@
 #include "platform/qt/QtTableView.h"
 
+#include "platform/qt/QtFocusFrame.h"
 #include "platform/qt/QtKeySelection.h"
 #include "platform/qt/QtText.h"
 
@@ -20,7 +21,8 @@ QtTableView::QtTableView(QTableView& widget) : widget_{widget}, delegate_{new Qt
     }
     model_ = std::make_unique<QtTableModel>(*this, columns, widget.property("columnTitles").toStringList());
     widget_.setModel(model_.get());
-    new QtKeySelection{widget_}; // owned by the widget
+    new QtKeySelection{widget_}; // owned by the widget, as the next one
+    new QtFocusFrame{widget_};
     widget_.verticalHeader()->setDefaultSectionSize(QtCellDelegate::rowHeight(widget));
     QObject::connect(widget_.selectionModel(), &QItemSelectionModel::selectionChanged, model_.get(),
                      [this] { rememberSelection(); });
