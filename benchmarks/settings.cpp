@@ -90,7 +90,7 @@ int main(int argc, char** argv) {
     std::string folder = std::filesystem::current_path() / "settings-benchmark-XXXXXX";
     if (!mkdtemp(folder.data())) letterloft::giveUp("mkdtemp");
     for (const int accounts : {10, 100, 10000})
-        letterloft::compare(folder, accounts, isLong ? 501 : 101);
+        letterloft::compare(folder, accounts, isLong ? 1001 : 301);
     std::filesystem::remove_all(folder);
     return 0;
 }
