@@ -5,5 +5,6 @@ set(folder ${PROJECT_SOURCE_DIR}/tests/contract/windows)
 letterloft_test(windows_contract
     SOURCES ${folder}/main.cpp ${folder}/TableContractTest.cpp ${folder}/OutlineContractTest.cpp
         ${folder}/AlertsContractTest.cpp ${folder}/OpenPanelContractTest.cpp ${folder}/WindowContractTest.cpp
+        ${folder}/ReadablePaletteTest.cpp
     LIBRARIES letterloft_qt Qt6::Test
     LABELS contract)
