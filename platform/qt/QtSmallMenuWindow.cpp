@@ -1,5 +1,6 @@
 #include "platform/qt/QtSmallMenuWindow.h"
 
+#include "platform/qt/QtFocusFrame.h"
 #include "platform/qt/QtReadablePalette.h"
 #include "platform/qt/QtText.h"
 
@@ -98,11 +99,12 @@ void QtSmallMenuWindow::makeWindow() {
     list_->setAccessibleName(QStringLiteral("Letterloft Menu"));
     list_->setUniformItemSizes(true);
     list_->setIconSize(markSize);
-    list_->setPalette(withReadableInertRows(list_->palette()));
+    list_->setPalette(withReadablePaleTexts(list_->palette()));
     list_->setItemDelegate(new MenuRowDelegate{list_});
     list_->setModel(model_.get());
     list_->setAccessibleDescription(model_->marks());
     list_->installEventFilter(this);
+    new QtFocusFrame{*list_}; // owned by the list
     connect(list_, &QListView::clicked, this, [this](const QModelIndex& index) { model_->choose(index); });
     keepCurrentRow();
     auto* const layout = new QVBoxLayout{widget.get()};
