@@ -6,11 +6,13 @@
 #include "platform/qt/QtText.h"
 #include "platform/qt/QtWindow.h"
 
+#include <QApplication>
 #include <QCollator>
 #include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QStyle>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
@@ -38,7 +40,8 @@ protected:
 };
 
 QIcon iconOf(const std::string& icon) {
-    QIcon unknown = QIcon::fromTheme(QStringLiteral("application-x-executable"));
+    const QIcon unknown = QIcon::fromTheme(QStringLiteral("application-x-executable"),
+                                           QApplication::style()->standardIcon(QStyle::SP_FileIcon));
     if (icon.empty()) return unknown;
     return icon.front() == '/' ? QIcon{toQt(icon)} : QIcon::fromTheme(toQt(icon), unknown);
 }
@@ -98,6 +101,9 @@ void QtApplicationChooser::fill(std::vector<InstalledApplications::Application> 
     std::sort(applications.begin(), applications.end(), [&collator](const auto& one, const auto& other) {
         return collator.compare(toQt(one.name), toQt(other.name)) < 0;
     });
+    // Where the theme that the desktop names is not installed Qt 6.4 looks into a fallback alone, which need not be
+    // there either. Applications put their icons into hicolor at the least (Icon Theme Specification).
+    QIcon::setFallbackThemeName(QStringLiteral("hicolor"));
     for (const auto& application : applications) {
         auto* const item = new QListWidgetItem{iconOf(application.icon), toQt(application.name), list_};
         item->setData(pathRole, toQt(application.desktopFile));
