@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <functional>
+#include <set>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -15,7 +16,7 @@ namespace letterloft {
 // the disk is slow.
 class FaultyCalls final : public FileSystemCalls {
 public:
-    enum class Fault { none, fails, failsFromThenOn, isCutShort, ends };
+    enum class Fault { none, fails, failsFromThenOn, isCutShort, isInterrupted, ends };
     static constexpr int endedHere = 77; // the status of a process that was ended
 
     FaultyCalls() = default;
@@ -27,20 +28,25 @@ public:
         at_ = at;
         count = 0;
         cuttable.clear();
+        doubt.clear();
     }
 
     int count = 0;
     bool syncs = false;
-    std::vector<int> cuttable;       // which calls may do a part of what they are asked for
+    bool copiesInKernel = true;
+    std::string doubt;               // the call whose failure tells that what was written may be lost
+    std::vector<int> cuttable;       // which calls may do a part of what they are asked for, or be interrupted
     std::function<void()> meanwhile; // comes right before the Nth call
     std::function<void(int folder, const char* to)> beforeRename;
     std::vector<std::string> order; // of the calls that change something or make it durable
 
     int openat(int folder, const char* path, int flags, mode_t mode) override {
-        return strikes("openat") ? -1 : FileSystemCalls::openat(folder, path, flags, mode);
+        const int file = strikes("openat") ? -1 : FileSystemCalls::openat(folder, path, flags, mode);
+        if ((flags & O_ACCMODE) == O_WRONLY) written_.insert(file);
+        return file;
     }
     int close(int file) override {
-        const bool struck = strikes("");
+        const bool struck = written_.erase(file) > 0 ? strikesAtWritten("", "close") : strikes("");
         return (FileSystemCalls::close(file), struck) ? -1 : 0; // closed in any case, as close(2) says
     }
     int statx(int folder, const char* path, int flags, struct statx* info) override {
@@ -50,21 +56,21 @@ public:
         return strikes("") ? -1 : FileSystemCalls::fstatvfs(file, info);
     }
     ssize_t getdents64(int folder, void* buffer, std::size_t size) override {
-        return strikes("") ? -1 : FileSystemCalls::getdents64(folder, buffer, size);
+        return strikesPart("", size) ? -1 : FileSystemCalls::getdents64(folder, buffer, size);
     }
     ssize_t read(int file, void* buffer, std::size_t size) override {
-        if (strikes("read")) return -1;
-        return FileSystemCalls::read(file, buffer, cut(size));
+        return strikesPart("read", size) ? -1 : FileSystemCalls::read(file, buffer, size);
     }
     ssize_t write(int file, const void* buffer, std::size_t size) override {
-        if (strikes("write")) return -1;
-        return FileSystemCalls::write(file, buffer, cut(size));
+        return strikesPart("write", size) ? -1 : FileSystemCalls::write(file, buffer, size);
     }
     ssize_t copy_file_range(int from, int to, std::size_t size) override {
-        return strikes("write") ? -1 : FileSystemCalls::copy_file_range(from, to, cut(size));
+        if (!copiesInKernel) return (errno = EXDEV, -1);
+        return strikesPart("write", size) ? -1 : FileSystemCalls::copy_file_range(from, to, size);
     }
     ssize_t sendfile(int to, int from, std::size_t size) override {
-        return strikes("write") ? -1 : FileSystemCalls::sendfile(to, from, cut(size));
+        if (!copiesInKernel) return (errno = EINVAL, -1);
+        return strikesPart("write", size) ? -1 : FileSystemCalls::sendfile(to, from, size);
     }
     off_t lseek(int file, off_t offset, int whence) override {
         return strikes("") ? -1 : FileSystemCalls::lseek(file, offset, whence);
@@ -72,10 +78,15 @@ public:
     int ftruncate(int file, off_t size) override {
         return strikes("write") ? -1 : FileSystemCalls::ftruncate(file, size);
     }
-    int fsync(int file) override { return strikes("fsync") ? -1 : syncs ? FileSystemCalls::fsync(file) : 0; }
-    int syncfs(int file) override { return strikes("syncfs") ? -1 : syncs ? FileSystemCalls::syncfs(file) : 0; }
+    int fsync(int file) override {
+        return strikesAtWritten("fsync", "fsync") ? -1 : syncs ? FileSystemCalls::fsync(file) : 0;
+    }
+    int syncfs(int file) override {
+        return strikesAtWritten("syncfs", "syncfs") ? -1 : syncs ? FileSystemCalls::syncfs(file) : 0;
+    }
     int sync_file_range(int file, off_t offset, off_t size, unsigned flags) override {
-        return strikes("") ? -1 : syncs ? FileSystemCalls::sync_file_range(file, offset, size, flags) : 0;
+        if (strikesAtWritten("", "sync_file_range")) return -1;
+        return syncs ? FileSystemCalls::sync_file_range(file, offset, size, flags) : 0;
     }
     void sync() override {
         strikes("sync");
@@ -139,13 +150,26 @@ private:
         return struck;
     }
 
-    std::size_t cut(std::size_t size) {
-        if (size > 1) cuttable.push_back(count);
-        return fault_ == Fault::isCutShort && count == at_ && size > 1 ? size / 2 : size;
+    bool strikesAtWritten(const char* name, const char* call) {
+        const bool struck = strikes(name);
+        if (struck) doubt = call;
+        return struck;
+    }
+
+    // The size is halved where that is the fault.
+    bool strikesPart(const char* name, std::size_t& size) {
+        if (strikes(name)) return true;
+        if (size < 2) return false;
+        cuttable.push_back(count);
+        if (fault_ == Fault::isCutShort && count == at_) size /= 2;
+        if (fault_ != Fault::isInterrupted || count != at_) return false;
+        errno = EINTR;
+        return true;
     }
 
     Fault fault_ = Fault::none;
     int at_ = 0;
+    std::set<int> written_; // open files
 };
 
 } // namespace letterloft

@@ -63,9 +63,12 @@ protected:
 
     // Whether the fault was past the last call.
     bool writeWithFaultAt(int n) {
-        FaultyCalls calls{std::get<1>(GetParam()), n};
+        const Fault fault = std::get<1>(GetParam());
+        FaultyCalls calls{fault, n};
         const Status written = writeGeneration(path_, calls, "new");
         EXPECT_TRUE(!written || generation(path_) == "new") << n;
+        EXPECT_TRUE(!written || calls.doubt.empty()) << calls.doubt << " has failed in vain";
+        EXPECT_TRUE(written || fault == Fault::fails || fault == Fault::failsFromThenOn) << written.sentence();
         return calls.count < n;
     }
 
@@ -109,10 +112,11 @@ TEST_P(SettingsSweep, LosesNothingAtAnyCall) {
     RecordProperty("points", n - 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Everything, SettingsSweep,
-    ::testing::Combine(::testing::Values(Start{0, false}, Start{1, false}, Start{3, false}, Start{3, true}),
-                       ::testing::Values(Fault::fails, Fault::failsFromThenOn, Fault::isCutShort)));
+INSTANTIATE_TEST_SUITE_P(Everything, SettingsSweep,
+                         ::testing::Combine(::testing::Values(Start{0, false}, Start{1, false}, Start{3, false},
+                                                              Start{3, true}),
+                                            ::testing::Values(Fault::fails, Fault::failsFromThenOn, Fault::isCutShort,
+                                                              Fault::isInterrupted)));
 
 // Without the first sync a power cut leaves an empty file under the name, without the second one the old settings.
 TEST(ASettingsWriteIsDurable, BeforeItGetsItsNameAndAfter) {
@@ -132,7 +136,7 @@ TEST(ALoadThatGoesWrong, IsNeverTakenForAFirstRun) {
     const std::string path = scratch.at("letterloft/settings.plist");
     FileSystemCalls sound;
     ASSERT_TRUE(writeGeneration(path, sound, "1"));
-    for (const Fault fault : {Fault::fails, Fault::isCutShort}) {
+    for (const Fault fault : {Fault::fails, Fault::isCutShort, Fault::isInterrupted}) {
         for (int n = 1;; ++n) {
             FaultyCalls calls{fault, n};
             FakeLog log;
