@@ -5,6 +5,7 @@
 #include "tests/fakes/FakeLog.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -43,14 +44,23 @@ struct FakeWorld final : FileWorld {
     FakeFileManager manager;
 };
 
+// As on a file system that knows none of the flags of renameat2(2).
+class FlaglessCalls final : public FileSystemCalls {
+    int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) override {
+        if (flags == 0) return FileSystemCalls::renameat2(fromFolder, from, toFolder, to, 0);
+        errno = EINVAL;
+        return -1;
+    }
+};
+
 struct PosixWorld final : FileWorld {
-    explicit PosixWorld(bool across) {
+    PosixWorld(bool across, std::unique_ptr<FileSystemCalls> all) : calls{std::move(all)} {
         here = scratch.onDisk() + "/here";
         there = (across ? scratch.onMemory() : scratch.onDisk()) + "/there";
         settings = here + "/configuration/settings";
         fs::create_directories(there);
         addFile(settings, "settings");
-        manager = std::make_unique<PosixFileManager>(PosixFileManager::Parts{log, calls, progress}, scratch.onDisk(),
+        manager = std::make_unique<PosixFileManager>(PosixFileManager::Parts{log, *calls, progress}, scratch.onDisk(),
                                                      std::vector{settings});
     }
     FileManager& files() override { return *manager; }
@@ -61,7 +71,7 @@ struct PosixWorld final : FileWorld {
 
     ScratchFolders scratch;
     FakeLog log;
-    FileSystemCalls calls;
+    std::unique_ptr<FileSystemCalls> calls;
     FakeCopyProgress progress;
     std::unique_ptr<PosixFileManager> manager;
 };
@@ -70,7 +80,8 @@ class FileManagerContract : public testing::TestWithParam<std::string> {
 protected:
     static std::unique_ptr<FileWorld> worldNamed(const std::string& name) {
         if (name == "Fake") return std::make_unique<FakeWorld>();
-        return std::make_unique<PosixWorld>(name == "PosixAcross");
+        if (name == "PosixByHand") return std::make_unique<PosixWorld>(false, std::make_unique<FlaglessCalls>());
+        return std::make_unique<PosixWorld>(name == "PosixAcross", std::make_unique<FileSystemCalls>());
     }
 
     // The move fails, says where, and leaves everything as it was.
@@ -241,9 +252,10 @@ TEST_P(FileManagerContract, RemovesWholeTreesButNeverTheHomeFolderOrTheRoot) {
     EXPECT_EQ(namesIn(here), (Names{"configuration", "kept"}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Over, FileManagerContract, testing::Values("Fake", "PosixWithin", "PosixAcross"),
+INSTANTIATE_TEST_SUITE_P(Over, FileManagerContract,
+                         testing::Values("Fake", "PosixWithin", "PosixByHand", "PosixAcross"),
                          [](const auto& world) { return world.param; });
-INSTANTIATE_TEST_SUITE_P(Over, FileManagerLinks, testing::Values("PosixWithin", "PosixAcross"),
+INSTANTIATE_TEST_SUITE_P(Over, FileManagerLinks, testing::Values("PosixWithin", "PosixByHand", "PosixAcross"),
                          [](const auto& world) { return world.param; });
 
 } // namespace letterloft
