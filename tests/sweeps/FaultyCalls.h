@@ -2,6 +2,7 @@
 
 #include "platform/linux/FileSystemCalls.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <functional>
 #include <set>
@@ -34,8 +35,8 @@ public:
     int count = 0;
     bool syncs = false;
     bool copiesInKernel = true;
-    std::string doubt;               // the call whose failure tells that what was written may be lost
-    std::vector<int> cuttable;       // which calls may do a part of what they are asked for, or be interrupted
+    std::string doubt;         // the call, and which of its name, that failed and so may have lost what was written
+    std::vector<int> cuttable; // which calls may do a part of what they are asked for, or be interrupted
     std::function<void()> meanwhile; // comes right before the Nth call
     std::function<void(int folder, const char* to)> beforeRename;
     std::vector<std::string> order; // of the calls that change something or make it durable
@@ -152,7 +153,7 @@ private:
 
     bool strikesAtWritten(const char* name, const char* call) {
         const bool struck = strikes(name);
-        if (struck) doubt = call;
+        if (struck) doubt = call + (" " + std::to_string(std::count(order.begin(), order.end(), call)));
         return struck;
     }
 
