@@ -138,7 +138,7 @@ Status TreeCopy::copyFile(const TreeEntry& entry, int original) {
     // Attributes can't be given to what may not be written to.
     likelyMode_ = (info->stx_mode & madeWith) == madeWith ? info->stx_mode & 0777u : madeWith;
     items_.markCopied(*info);
-    return unwritten_.add(std::move(copy)) == 0 ? Status::ok() : failed(entry);
+    return unwritten_.add(std::move(copy), info->stx_size) == 0 ? Status::ok() : failed(entry);
 }
 
 // Copies the contents as they were at one moment: if the file has changed since it was last looked at, which is when it

@@ -4,7 +4,8 @@
 
 namespace letterloft {
 
-int UnwrittenCopies::add(OpenFile copy) {
+int UnwrittenCopies::add(OpenFile copy, std::uint64_t size) {
+    if (size > largest) return copy.close();
     copies_.push_back(std::move(copy));
     return copies_.size() < limit ? 0 : closeAll();
 }
