@@ -284,6 +284,25 @@ TEST(AcrossFileSystems, EveryStepIsDurableBeforeTheNext) {
     EXPECT_EQ(std::count(order.begin(), order.end(), "fsync"), 3);
 }
 
+TEST(AcrossFileSystems, ARemainderStaysAsideWhereItsNameIsTaken) {
+    const ScratchFolders scratch;
+    const Scene scene{scratch, true, false};
+    FaultyCalls calls;
+    Disk disk{calls};
+    const int held = open(scene.source().c_str(), O_RDONLY | O_CLOEXEC);
+    int renames = 0; // the first in vain, then the copy, the source aside, and back
+    calls.beforeRename = [&](int, const char*) {
+        if (++renames == 4) writeFile(scene.source(), "another");
+    };
+    EXPECT_TRUE(disk.files.moveItem(scene.source(), scene.target()));
+    close(held);
+    EXPECT_TRUE(scene.targetIsWhole());
+    EXPECT_EQ(contentsOf(scene.source()), "another");
+    EXPECT_THAT(disk.log.lines, testing::ElementsAre(testing::HasSubstr(".aside")));
+    disk.files.settle({scene.from()});
+    EXPECT_THAT(scene.marks(), testing::IsEmpty());
+}
+
 TEST(RemovalSweep, LeavesWhatItDidNotReachAndTouchesNothingElse) {
     const ScratchFolders scratch;
     const auto removing = [](const Scene& scene) {

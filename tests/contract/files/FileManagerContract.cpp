@@ -204,6 +204,9 @@ TEST_P(FileManagerLinks, AreFollowedToWhatIsThereButNeverRemovedThrough) {
     EXPECT_TRUE(files.fileExists(here + "/link/file"));
     EXPECT_TRUE(files.folderExists(here + "/link/"));
     EXPECT_FALSE(files.fileExists(here + "/dangling"));
+    fs::create_symlink("ring", there + "/ring"); // what can't be looked at
+    EXPECT_TRUE(files.fileExists(there + "/ring") && files.folderExists(there + "/ring"));
+    fs::remove(there + "/ring");
     EXPECT_TRUE(files.createFolder(here + "/link"));
     EXPECT_FALSE(files.createFolder(here + "/dangling"));
     world->addFile(there + "/kept", "kept");

@@ -6,6 +6,7 @@
 #include "tests/fakes/FakeLog.h"
 
 #include <array>
+#include <cerrno>
 #include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
@@ -37,9 +38,13 @@ public:
         if (beforeContents) beforeContents();
         return FileSystemCalls::copy_file_range(from, to, size);
     }
+    ssize_t sendfile(int to, int from, std::size_t size) override {
+        if (beforeContents) beforeContents();
+        return FileSystemCalls::sendfile(to, from, size);
+    }
     int fsync(int file) override {
         synced.push_back(inodeOf("/proc/self/fd/" + std::to_string(file)));
-        return FileSystemCalls::fsync(file);
+        return syncsFail ? (errno = EIO, -1) : FileSystemCalls::fsync(file);
     }
     int statx(int folder, const char* path, int flags, struct statx* info) override {
         const int result = FileSystemCalls::statx(folder, path, flags, info);
@@ -48,6 +53,7 @@ public:
     }
 
     std::function<void()> beforeContents;
+    bool syncsFail = false;
     bool notesAreOfAnother = false;
     std::vector<ino_t> synced;
 };
@@ -125,12 +131,27 @@ TEST_F(PosixFileManagerTest, NeverGoesIntoSomethingMounted) {
 TEST_F(PosixFileManagerTest, CopiesAFileAsItIsAtOneMoment) {
     const std::string file = memory + "/file";
     writeFile(file, "1");
+    int changes = 100;
     calls.beforeContents = [&] {
-        if (fs::file_size(file) == 1) std::ofstream{file, std::ios::app} << "2";
+        if (changes-- > 0) std::ofstream{file, std::ios::app} << "2";
     };
+    EXPECT_THAT(files.moveItem(file, disk + "/file").sentence(), HasSubstr("keeps changing"));
+    EXPECT_TRUE(fs::is_empty(disk));
+    const std::string before = contentsOf(file);
+    changes = 1;
     EXPECT_TRUE(files.moveItem(file, disk + "/file"));
-    EXPECT_EQ(contentsOf(disk + "/file"), "12");
+    EXPECT_EQ(contentsOf(disk + "/file"), before + "2");
     EXPECT_FALSE(fs::exists(file));
+}
+
+TEST_F(PosixFileManagerTest, SettlingTouchesNoNameThatIsNotItsOwn) {
+    const std::string mark = disk + "/.letterloft-0123456789abcde";
+    const std::vector<std::string> names{mark + "f.note", mark + "g.staging", mark + "f.staging.bak"};
+    for (const std::string& name : names)
+        writeFile(name, "mine");
+    files.settle({disk});
+    for (const std::string& name : names)
+        EXPECT_EQ(contentsOf(name), "mine");
 }
 
 // A note that is obeyed has what looks like its copy elsewhere removed.
@@ -188,6 +209,18 @@ TEST_F(PosixFileManagerTest, GoesDeeperThanDescriptorsAndPathsReach) {
     EXPECT_TRUE(fs::is_empty(disk));
 }
 
+// With more names than are read at once: the rest are read when this folder is closed for want of descriptors.
+TEST_F(PosixFileManagerTest, GoesDeepFromACrowdedFolder) {
+    std::string chain = " folder whose name is long enough to be kept elsewhere";
+    for (int depth = 0; depth < 30; ++depth)
+        chain += "/c";
+    fs::create_directories(memory + "/crowd/first" + chain); // one of the two is among the names read first
+    for (int i = 0; i < 40000; ++i)
+        ASSERT_EQ(mknod((memory + "/crowd/" + std::to_string(i)).c_str(), S_IFREG | 0600, 0), 0);
+    fs::create_directories(memory + "/crowd/last" + chain);
+    EXPECT_TRUE(files.removeItem(memory + "/crowd"));
+}
+
 TEST_F(PosixFileManagerTest, KeepsAllThatAnOrdinaryUserMayAndFailsOnTheRest) {
     ASSERT_TRUE(geteuid() != 0 || chown(disk.c_str(), 1, 1) == 0);
     fs::permissions(disk, fs::perms{02777}); // what is made in it gets its group
@@ -219,6 +252,10 @@ TEST_F(PosixFileManagerTest, SyncsEachChangedFolderOnceWhereverItIsByThen) {
     ASSERT_TRUE(files.moveItem(disk + "/a/b/3", disk + "/gone/3"));
     ASSERT_TRUE(files.removeItem(disk + "/gone"));
     ASSERT_TRUE(files.moveItem(disk + "/a", disk + "/renamed"));
+    calls.syncsFail = true;
+    EXPECT_FALSE(files.makeMovesDurable());
+    calls.syncsFail = false;
+    calls.synced.clear();
     EXPECT_TRUE(files.makeMovesDurable());
     EXPECT_THAT(calls.synced, testing::UnorderedElementsAre(inodeOf(disk), inodeOf(disk + "/renamed/b")));
     EXPECT_TRUE(files.makeMovesDurable());
