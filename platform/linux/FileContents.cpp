@@ -59,7 +59,7 @@ int FileContents::copyWithHoles(int from, int to, std::uint64_t size) {
     const auto end = static_cast<off_t>(size);
     for (off_t at = 0; at < end;) {
         const off_t data = calls_.lseek(from, at, SEEK_DATA);
-        if (data < 0 && errno == ENXIO) break; // a hole up to the end
+        if (data >= end || (data < 0 && errno == ENXIO)) break; // a hole up to the end, behind which more may have come
         const off_t hole = data < 0 ? -1 : calls_.lseek(from, data, SEEK_HOLE);
         if (hole < 0 || calls_.lseek(from, data, SEEK_SET) < 0 || calls_.lseek(to, data, SEEK_SET) < 0) return -1;
         if (copy(from, to, static_cast<std::uint64_t>(std::min(hole, end) - data)) != 0) return -1;
