@@ -10,6 +10,7 @@ from desktop import Application, DesktopTest, Gio, GLib, Program, SessionManager
 class Switch(DesktopTest):
     def test_all_copies_of_an_application_end_before_anything_moves_and_a_stranger_goes_on(self):
         application, stranger = self.prepare(), Application(self.desktop, "stranger")
+        self.desktop.show_window_manager()
         other, copies = stranger.start(), [application.start(), application.start()]
         program = self.start()
         program.choose("B")

@@ -41,27 +41,19 @@ TEST_F(Resolved, FromTheWaysScriptsFindTheirProgram) {
 }
 
 TEST_F(Resolved, ToNothingFromWhatAScriptDoesOnTheSide) {
-    std::string nested;
-    while (nested.size() < 100000)
-        nested += "${a:-";
     for (const std::string& script :
          {std::string{"mkdir -p x\n/bin/ls\necho \"$@\"\nzenity --info &\n[ \"$@\" ]\nexec 2>/dev/null"},
           std::string{"/bin/ls & sh -c '/bin/ls; $MAILER'\n/bin/ls &\nexec $MAILER"},
           std::string{"exec \"$0\""}, // starts itself for ever
-          std::string{"\"'`$(${((\\"}, std::string(20000, '('), nested})
+          std::string{"\"'`$(${((\\"}})
         EXPECT_EQ(of("#!/bin/sh\n" + script + "\n"), Names{}) << script.substr(0, 80);
 }
 
 TEST_F(Resolved, ToTheTargetOfAGeneralLauncher) {
-    const std::string jar = desktop.write("lib/mail.jar", "PK");
     const auto only = [](const std::vector<std::string>& command) {
         const auto programs = programsStartedBy(command);
         return programs.size() == 1 ? programs.front() : StartedProgram{};
     };
-    EXPECT_EQ(only({"flatpak", "run", "--branch=stable", "--command=mail", "org.example.Mail", "@@u"}).name,
-              "org.example.Mail");
-    EXPECT_EQ(only({"env", "A=/b", "snap", "run", "mail.desktop"}).name, "mail");
-    EXPECT_EQ(only({program("bin/browser"), "--profile=x", "--app-id=abc"}).name, "--app-id=abc");
     EXPECT_EQ(only({"python3", "-m", "mailer", "--quiet"}).arguments,
               (std::vector<std::string>{"-m", "mailer", "--quiet"}));
     EXPECT_TRUE(programsStartedBy({"python3"}).empty());
@@ -75,35 +67,13 @@ TEST_F(Resolved, ToTheTargetOfAGeneralLauncher) {
           Names{"systemd-run", "--user", "-p", "A=1", mutt}, Names{"bwrap", "--ro-bind", "/", "/", "--", mutt},
           Names{"bwrap", "--setenv", "A", "1", "--chdir", "/", mutt}})
         EXPECT_EQ(only(command).file, mutt) << command[1];
-    const auto script = only({"perl", "-w", jar});
-    EXPECT_EQ(script.kind, StartedProgram::Kind::script);
-    EXPECT_EQ(script.file, jar);
-}
-
-TEST_F(Resolved, ForABundleFromEitherKindOfPropertyList) {
-    program("Old.app/Oldmail");
-    desktop.write(
-        "Old.app/Resources/Info-gnustep.plist",
-        "{\n  ApplicationName = \"Old\";\n  NSExecutable = \"Oldmail\";\n  CFBundleIdentifier = org.old.Mail;\n}\n");
-    const auto old = ApplicationEntry::at(desktop.home() + "/Old.app");
-    EXPECT_EQ(old.identifier, "org.old.Mail");
-    EXPECT_EQ(old.command, (std::vector<std::string>{desktop.home() + "/Old.app/Oldmail"}));
-
-    desktop.write("Bad.app/Contents/Info.plist",
-                  "<plist><dict><key>CFBundleExecutable</key><string>../../bin/sh</string>");
-    const auto bad = ApplicationEntry::at(desktop.home() + "/Bad.app");
-    EXPECT_FALSE(bad.usable);
-    EXPECT_EQ(bad.identifier, desktop.home() + "/Bad.app");
 }
 
 TEST_F(Resolved, ForADesktopEntryToTheSameIdInAnyFolder) {
-    const auto mail = ApplicationEntry::at(entry("org.example.Mail", "/bin/ls %U --title=%c 100%%"));
-    EXPECT_EQ(mail.identifier, "org.example.Mail");
-    EXPECT_EQ(mail.command, (std::vector<std::string>{"/bin/ls", "--title=", "100%"}));
-    EXPECT_TRUE(mail.isDesktopFile("/usr/share/applications/org.example.Mail.desktop"));
-    EXPECT_FALSE(mail.isDesktopFile("/usr/share/applications/org.example.Mail2.desktop"));
-    EXPECT_FALSE(mail.isDesktopFile("/tmp/org.example.Mail.desktop"));
-    EXPECT_EQ(ApplicationEntry::at("/usr/share/applications/kde/mail.desktop").identifier, "kde-mail");
+    const auto mail = ApplicationEntry::at("/usr/share/applications/kde/mail.desktop");
+    EXPECT_TRUE(mail.isDesktopFile("/home/user/.local/share/applications/kde-mail.desktop"));
+    EXPECT_FALSE(mail.isDesktopFile("/usr/share/applications/kde-mail2.desktop"));
+    EXPECT_FALSE(mail.isDesktopFile("/tmp/kde-mail.desktop"));
 }
 
 } // namespace

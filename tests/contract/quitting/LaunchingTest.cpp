@@ -119,13 +119,16 @@ TEST_F(LaunchOfEntry, InATerminalOnlyIfThereIsOne) {
     setenv("PATH", formerPath.c_str(), 1);
 }
 
-TEST_F(LaunchOfEntry, IsRefusedWithTheReason) {
+TEST_F(Launching, IsRefusedWithTheReason) {
     expectRefused(entry(reportingExec() + "\nTryExec=/nowhere/tester"), "is missing");
     expectRefused(entry("Exec=\"/bin/true"), "Exec line");
     expectRefused(entry("Exec=/nowhere/tester"), "is missing");
     expectRefused(entry("Comment=none"), "names no program");
     expectRefused(desktop.write("share/applications/broken.desktop", "no entry at all"), "desktop entry");
     expectRefused(desktop.home() + "/share/applications/missing.desktop", "No such file");
+    expectRefused(desktop.write("plain", "no program"), "no program");
+    std::filesystem::create_directories(desktop.home() + "/Empty.app");
+    expectRefused(desktop.home() + "/Empty.app", "bundle");
 }
 
 TEST_F(LaunchOfEntry, ByTheBusReachesWhatRunsElseItsServiceElseIsRefusedAtOnce) {
@@ -185,14 +188,6 @@ TEST_F(LaunchOfFile, StartsAnExecutableOrTheOneOfABundleWithoutOurLaunchMark) {
         kill(std::stoi(pidReported()), SIGKILL);
         seen.clear();
     }
-}
-
-TEST_F(LaunchOfFile, IsRefusedWithTheReason) {
-    expectRefused(desktop.write("plain", "no program"), "no program");
-    expectRefused(desktop.home(), "no application");
-    expectRefused(desktop.home() + "/missing", "No such file");
-    std::filesystem::create_directories(desktop.home() + "/Empty.app");
-    expectRefused(desktop.home() + "/Empty.app", "bundle");
 }
 
 } // namespace letterloft

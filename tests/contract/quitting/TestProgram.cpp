@@ -11,7 +11,6 @@
 // name                                     it owns ID as its well-known name
 // no-quit | quit-disabled                  it lists no such action, or one that can't be used
 // children=N                               starts itself that often, as browsers do for pages; those end with it
-// refork                                   goes on as a process that nobody waits for, as servers do
 // heir                                     starts itself once more, to stay, when SIGTERM comes, which it handles
 // journal=FILE item=PATH                   its lines are added to a file, and the last tells whether PATH is there
 //
@@ -27,10 +26,8 @@
 #include <glib-unix.h>
 #include <map>
 #include <optional>
-#include <poll.h>
 #include <string>
 #include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -52,15 +49,6 @@ void startSelf(const char* option) {
     }
 }
 
-// Returns in the process left behind, once the first one has ended.
-void goOnAsAnOrphan() {
-    pollfd first{static_cast<int>(syscall(SYS_pidfd_open, getpid(), 0)), POLLIN, 0};
-    if (fork() != 0) _exit(0);
-    setsid();
-    while (poll(&first, 1, -1) != 1) {
-    }
-}
-
 class Program {
 public:
     explicit Program(std::map<std::string, std::string> options) : options_{std::move(options)} {}
@@ -68,7 +56,6 @@ public:
     int run() {
         if (has("journal") && std::freopen(option("journal").c_str(), "a", stdout) == nullptr) return 2;
         if (has("child")) prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (has("refork")) goOnAsAnOrphan();
         prepareSignals();
         for (int i = 0; i < std::atoi(option("children").c_str()); ++i)
             startSelf("child");
