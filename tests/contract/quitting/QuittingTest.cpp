@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
 
@@ -162,6 +163,19 @@ TEST_F(Quitting, IsNoticedByTheRunLoopOnce) {
     EXPECT_TRUE(watcher.serve(-1));
     EXPECT_TRUE(one.application->isTerminated());
     EXPECT_EQ(watcher.count(), 0U); // an ended process stays readable, and would wake for ever
+}
+
+TEST_F(Quitting, IsNotOverForWantOfADescriptor) {
+    const Asked& one = start("sigterm=handle");
+    const ProcessIdentity identity = *ProcessIdentity::ofProcess(one.program.pid());
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit none{0, usual.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const auto process = HeldProcess::hold(identity);
+    const bool isOver = !process || process->hasEnded();
+    setrlimit(RLIMIT_NOFILE, &usual);
+    EXPECT_FALSE(isOver);
 }
 
 TEST_F(Quitting, NeverReachesTheNextProcessOfANumber) {
