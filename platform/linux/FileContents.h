@@ -16,7 +16,8 @@ public:
     FileContents(FileSystemCalls& calls, std::function<void(std::uint64_t bytes)> copied)
         : calls_{calls}, copied_{std::move(copied)}, buffer_{new (pageSize) char[bufferSize]} {}
 
-    // Copies from both files' present places on: so many bytes, or as many as there are. -1 with errno on failure.
+    // Copies so many bytes from both files' present places on. -1 with errno on failure, which is ENODATA if there are
+    // not so many.
     int copy(int from, int to, std::uint64_t size);
 
     // The same for whole files from their beginnings; what is a hole in the one becomes one in the other.

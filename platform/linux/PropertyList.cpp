@@ -180,6 +180,7 @@ Result<std::string> propertyListBytes(const PropertyList& list) {
     if ((isProper || !isText) && readsBackAs(list, bytes)) return bytes;
     bytes = binaryOf(list);
     if (readsBackAs(list, bytes)) return bytes;
+    if (bytes.size() > largestPropertyList) return Status::failure("the settings are larger than 16 MiB");
     return Status::failure("the settings hold a value that no property list can hold");
 }
 

@@ -151,16 +151,19 @@ Result<struct statx> TreeCopy::copyUnchanging(const TreeEntry& entry, int origin
     CopiedItems::Item before = listed != nullptr ? *listed : CopiedItems::Item::from(info);
     for (int attempt = 0; attempt < 2; ++attempt) {
         const auto copyAll = before.hasHoles ? &FileContents::copyWithHoles : &FileContents::copy;
-        if ((contents_.*copyAll)(original, copy, before.size) != 0) return failed(entry);
+        const bool copied = (contents_.*copyAll)(original, copy, before.size) == 0;
+        const bool isShort = !copied && errno == ENODATA; // it has shrunk, or its file system tells a wrong size
+        if (!copied && !isShort) return failed(entry);
         if (calls_.statx(original, "", AT_EMPTY_PATH, &info) != 0) return failed(entry);
         const CopiedItems::Item after = CopiedItems::Item::from(info);
-        if (S_ISREG(info.stx_mode) && after.isSameAs(before)) return info;
+        if (copied && S_ISREG(info.stx_mode) && after.isSameAs(before)) return info;
         before = after;
         if (calls_.lseek(original, 0, SEEK_SET) < 0 || calls_.lseek(copy, 0, SEEK_SET) < 0 ||
             calls_.ftruncate(copy, 0) != 0)
             return failed(entry);
     }
-    return failure("%@ can't be copied: it keeps changing while it is read", walk_->pathOf(entry));
+    return failure("%@ can't be copied: it keeps changing while it is read, or is shorter than it says",
+                   walk_->pathOf(entry));
 }
 
 Status TreeCopy::copyLink(int folder, const TreeEntry& entry, const struct statx& info) {

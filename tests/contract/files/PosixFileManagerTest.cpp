@@ -49,10 +49,12 @@ public:
     int statx(int folder, const char* path, int flags, struct statx* info) override {
         const int result = FileSystemCalls::statx(folder, path, flags, info);
         if (notesAreOfAnother && std::string{path}.ends_with(".note")) info->stx_uid = geteuid() + 1;
+        if (sizesAreTooLarge && S_ISREG(info->stx_mode)) ++info->stx_size;
         return result;
     }
 
     std::function<void()> beforeContents;
+    bool sizesAreTooLarge = false;
     bool syncsFail = false;
     bool notesAreOfAnother = false;
     std::vector<ino_t> synced;
@@ -136,6 +138,10 @@ TEST_F(PosixFileManagerTest, CopiesAFileAsItIsAtOneMoment) {
         if (changes-- > 0) std::ofstream{file, std::ios::app} << "2";
     };
     EXPECT_THAT(files.moveItem(file, disk + "/file").sentence(), HasSubstr("keeps changing"));
+    changes = 0;
+    calls.sizesAreTooLarge = true;
+    EXPECT_THAT(files.moveItem(file, disk + "/file").sentence(), HasSubstr("shorter than it says"));
+    calls.sizesAreTooLarge = false;
     EXPECT_TRUE(fs::is_empty(disk));
     const std::string before = contentsOf(file);
     changes = 1;
