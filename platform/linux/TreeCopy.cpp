@@ -77,8 +77,7 @@ Status TreeCopy::run(const ItemPlace& from, const ItemPlace& to) {
     walk_ = &walk;
     attributes_ = &attributes;
     if (Status copied = walk.run(from.folder, from.name, *this); !copied) return copied;
-    return unwritten_.closeAll() == 0 ? Status::ok()
-                                      : systemFailure("the copies in %@ can't be written", to.folderPath);
+    return written(unwritten_.closeAll());
 }
 
 Status TreeCopy::visit(int folder, const TreeEntry& entry) {
@@ -138,7 +137,7 @@ Status TreeCopy::copyFile(const TreeEntry& entry, int original) {
     // Attributes can't be given to what may not be written to.
     likelyMode_ = (info->stx_mode & madeWith) == madeWith ? info->stx_mode & 0777u : madeWith;
     items_.markCopied(*info);
-    return unwritten_.add(std::move(copy), info->stx_size) == 0 ? Status::ok() : failed(entry);
+    return written(unwritten_.add(std::move(copy), info->stx_size));
 }
 
 // Copies the contents as they were at one moment: if the file has changed since it was last looked at, which is when it
@@ -208,6 +207,11 @@ Status TreeCopy::linkToFirst(const TreeEntry& entry, const std::string& first) {
 int TreeCopy::target() const { return trail_.depth() == 0 ? to_->folder : trail_.innermost(); }
 
 std::string TreeCopy::targetName(const TreeEntry& entry) const { return trail_.depth() == 0 ? to_->name : entry.name; }
+
+// Which of the copies it was is not told.
+Status TreeCopy::written(int result) const {
+    return result == 0 ? Status::ok() : systemFailure("the copies in %@ can't be written", to_->folderPath);
+}
 
 Status TreeCopy::failed(const TreeEntry& entry) const {
     const int error = errno;

@@ -48,6 +48,7 @@ private:
 
     int target() const;
     std::string targetName(const TreeEntry& entry) const;
+    Status written(int result) const;
     Status failed(const TreeEntry& entry) const;
 
     Log& log_;
