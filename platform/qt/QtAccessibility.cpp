@@ -2,6 +2,7 @@
 
 #include "platform/qt/QtAccessibleView.h"
 #include "platform/qt/QtOutlineWidget.h"
+#include "platform/qt/QtWindow.h"
 
 #include <QAccessibleWidget>
 
@@ -17,7 +18,8 @@ public:
     QStringList actionNames() const override { return {close}; }
 
     void doAction(const QString& name) override {
-        if (name == close) QMetaObject::invokeMethod(widget(), &QWidget::close, Qt::QueuedConnection);
+        if (name == close && !isBelowSheet(*widget()))
+            QMetaObject::invokeMethod(widget(), &QWidget::close, Qt::QueuedConnection);
     }
 
 private:

@@ -1,6 +1,7 @@
 #include "platform/qt/QtAccessibleCell.h"
 
 #include "platform/qt/QtOutlineWidget.h"
+#include "platform/qt/QtWindow.h"
 
 #include <QHeaderView>
 #include <QListView>
@@ -47,9 +48,11 @@ void act(QAbstractItemView& view, const QModelIndex& cell, const QString& name) 
     } else if (outline && name == collapse) {
         outline->closeByUser(cell);
     } else {
-        view.setFocus();
-        view.selectionModel()->setCurrentIndex(cell, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-        if (name == edit) view.edit(cell);
+        const QPersistentModelIndex kept{cell};
+        view.setFocus(); // hands over what is being edited, and an alert may be the answer
+        if (!kept.isValid() || isBelowSheet(view)) return;
+        view.selectionModel()->setCurrentIndex(kept, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        if (name == edit) view.edit(kept);
     }
 }
 
@@ -103,7 +106,7 @@ QAccessible::State QtAccessibleCell::state() const {
 void QtAccessibleCell::addFlagsOfRow(QAccessible::State& state) const {
     const Qt::ItemFlags flags = cell_.flags();
     const bool isEnabled = flags.testFlag(Qt::ItemIsEnabled);
-    state.disabled = !isEnabled;
+    state.disabled = !isEnabled || !view_->isEnabled();
     state.selectable = state.focusable = isEnabled && flags.testFlag(Qt::ItemIsSelectable);
     state.selected = view_->selectionModel()->isSelected(cell_);
     state.focused = view_->hasFocus() && view_->currentIndex() == cell_;
@@ -128,7 +131,7 @@ void QtAccessibleCell::doAction(const QString& name) {
     // Later: the rows may be new after it, this one deleted, and whoever asks over the bus waits for the end of the
     // call.
     const auto later = [view = view_, cell = cell_, name] {
-        if (cell.isValid() && actionsOf(*view, cell).contains(name)) act(*view, cell, name);
+        if (cell.isValid() && !isBelowSheet(*view) && actionsOf(*view, cell).contains(name)) act(*view, cell, name);
     };
     QMetaObject::invokeMethod(view_, later, Qt::QueuedConnection);
 }

@@ -65,8 +65,14 @@ int QtAccessibleView::indexOfChild(const QAccessibleInterface* child) const {
     if (!one || !one->isValid()) return -1;
     if (!one->cell().isValid()) return headers_.key(QAccessible::uniqueId(const_cast<QtAccessibleCell*>(one)), -1);
     const QModelIndex wanted = one->cell();
+    const QModelIndex first = wanted.siblingAtColumn(0);
     int row = 0;
-    forEachRow([&](const QModelIndex& shown) { return shown != wanted.siblingAtColumn(0) && ++row > 0; });
+    bool isShown = false; // what is in a closed branch is not
+    forEachRow([&](const QModelIndex& shown) {
+        isShown = shown == first;
+        return !isShown && ++row > 0;
+    });
+    if (!isShown) return -1;
     return (row + headerRows_) * (columns() + headerColumns_) + wanted.column() + headerColumns_;
 }
 

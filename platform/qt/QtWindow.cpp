@@ -9,6 +9,12 @@
 
 namespace letterloft {
 
+bool isBelowSheet(const QWidget& widget) {
+    const auto dialogs = widget.window()->findChildren<QDialog*>();
+    return std::any_of(dialogs.cbegin(), dialogs.cend(),
+                       [](const QDialog* dialog) { return dialog->isVisible() && dialog->isModal(); });
+}
+
 QtWindow::QtWindow(std::unique_ptr<QWidget> widget, NotificationCenter& notifications)
     : widget_{std::move(widget)}, notifications_{notifications} {
     widget_->installEventFilter(this);

@@ -14,6 +14,9 @@
 
 namespace letterloft {
 
+// Whether a sheet keeps mouse and keys from the widget's window.
+bool isBelowSheet(const QWidget& widget);
+
 // A top-level widget as a window of the program: manager, help, small menu window. Whether the user or the program
 // closes it, the notification centre is told first, once. The end of the program tells nobody.
 class QtWindow final : public QObject, public Window {
