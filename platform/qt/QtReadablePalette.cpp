@@ -48,7 +48,8 @@ QPalette withReadableSelection(const QPalette& colors) {
         constexpr int steps = 30; // of a twentieth each
         for (int step = 0; step < steps && contrast(text, page) < enough; ++step)
             page = isLightText ? page.darker(105) : page.lighter(105);
-        changed.setColor(group, QPalette::Highlight, page);
+        // What is set here stays when the desktop's theme changes.
+        if (page != colors.color(group, QPalette::Highlight)) changed.setColor(group, QPalette::Highlight, page);
     }
     return changed;
 }
