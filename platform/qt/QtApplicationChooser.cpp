@@ -6,7 +6,6 @@
 #include "platform/qt/QtText.h"
 #include "platform/qt/QtWindow.h"
 
-#include <QApplication>
 #include <QCollator>
 #include <QDialogButtonBox>
 #include <QFileInfo>
@@ -39,11 +38,9 @@ protected:
     }
 };
 
-QIcon iconOf(const std::string& icon) {
-    const QIcon unknown = QIcon::fromTheme(QStringLiteral("application-x-executable"),
-                                           QApplication::style()->standardIcon(QStyle::SP_FileIcon));
-    if (icon.empty()) return unknown;
-    return icon.front() == '/' ? QIcon{toQt(icon)} : QIcon::fromTheme(toQt(icon), unknown);
+QIcon iconOf(const QString& icon, const QIcon& unknown) {
+    if (icon.startsWith(QLatin1Char{'/'})) return QFileInfo::exists(icon) ? QIcon{icon} : unknown;
+    return icon.isEmpty() ? unknown : QIcon::fromTheme(icon, unknown);
 }
 
 bool isApplication(const QFileInfo& entry) {
@@ -103,9 +100,11 @@ void QtApplicationChooser::fill(std::vector<InstalledApplications::Application> 
     });
     // Where the theme that the desktop names is not installed Qt 6.4 looks into a fallback alone, which need not be
     // there either. Applications put their icons into hicolor at the least (Icon Theme Specification).
-    QIcon::setFallbackThemeName(QStringLiteral("hicolor"));
+    const QString usual = QStringLiteral("application-x-executable");
+    if (!QIcon::hasThemeIcon(usual)) QIcon::setFallbackThemeName(QStringLiteral("hicolor"));
+    const QIcon unknown = QIcon::fromTheme(usual, style()->standardIcon(QStyle::SP_FileIcon));
     for (const auto& application : applications) {
-        auto* const item = new QListWidgetItem{iconOf(application.icon), toQt(application.name), list_};
+        auto* const item = new QListWidgetItem{iconOf(toQt(application.icon), unknown), toQt(application.name), list_};
         item->setData(pathRole, toQt(application.desktopFile));
         item->setToolTip(plainToolTip(toQt(application.desktopFile)));
     }
