@@ -61,7 +61,7 @@ void QtInterfaceFile::connectViews() {
 void QtInterfaceFile::wireControls(const InterfaceFiles::Actions& actions) {
     const auto wire = [&actions](auto* control, auto used) {
         const auto found = actions.find(fromQt(control->property("operation").toString()));
-        if (found == actions.end()) return;
+        if (found == actions.end() || !found->second) return;
         QObject::connect(control, used, control, [control, action = found->second] {
             QtControlSender sender{*control};
             action(&sender);
