@@ -13,8 +13,10 @@ int FileContents::copy(int from, int to, std::uint64_t size) {
         const ssize_t got = calls_.read(from, buffer_.get(), std::min<std::uint64_t>(left, bufferSize));
         if (got < 0 && errno == EINTR) continue;
         if (got < 0 || (got > 0 && writeAll(to, static_cast<std::size_t>(got)) != 0)) return -1;
-        if (got == 0) errno = ENODATA;
-        if (got == 0) return -1;
+        if (got == 0) {
+            errno = ENODATA;
+            return -1;
+        }
         left -= static_cast<std::uint64_t>(got);
         copied_(static_cast<std::uint64_t>(got));
     }
